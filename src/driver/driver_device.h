@@ -1,0 +1,120 @@
+#pragma once
+
+#include "driver/command_guard.h"
+#include "driver/control_packet.h"
+#include "driver/meter_block.h"
+#include "driver/mixer_table.h"
+#include "driver/usb_status.h"
+#include "platform/win32.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+/// The one door to the kernel driver of the audio interface: owns a device handle and sends
+/// synchronous requests. Not thread-safe; everything uses it from the GUI thread.
+///
+/// Two conventions of failure exist on purpose. Plain operations return false (or 0 where they
+/// return the value itself) when the device is not open or the driver refuses. ControlPacket
+/// commands return true even then, because the device gives no verdict on them; false means that
+/// an exception was reported on the standard error stream.
+class DriverDevice
+{
+public:
+    DriverDevice() = default;
+    ~DriverDevice();
+    DriverDevice(const DriverDevice&) = delete;
+    DriverDevice& operator=(const DriverDevice&) = delete;
+
+    /// The sixteen device paths in the order in which they are tried.
+    static std::span<const std::wstring> devicePaths();
+
+    /// Opens the first device path that answers and writes one line for each path tried to the
+    /// wide standard output. A handle already held is not closed: open a fresh object once.
+    bool open();
+    void close();
+
+    // ControlPacket commands. Channels count from 1; `on` is 0 or 1; volumes are the device's own
+    // 16-bit steps (the panels send two for each dB of microphone gain).
+    bool setMicVolume(std::uint8_t channel, std::uint16_t value);
+    bool setOutVolume(std::uint8_t channel, std::uint16_t value);
+    bool switchMicInstrument(std::uint8_t channel, std::uint8_t on);
+    bool setMic20dB(std::uint8_t channel, std::uint8_t on);
+    bool setMic48V(std::uint8_t channel, std::uint8_t on);
+    /// Switches the phone (OTG) input chip on.
+    bool setOtgOn();
+    bool setOtgOff();
+    bool setCloseFeedback();
+    /// Puts the device into firmware-upgrade mode. Unlike the other commands, false when the
+    /// device is not open.
+    bool upgradeFirmware();
+
+    // Audio engine. Rates in Hz, sizes in samples, USB latency in frames.
+    bool setSampleRate(std::uint32_t rate);
+    bool setBufferSize(std::uint32_t samples);
+    bool setUsbLatency(std::uint32_t frames);
+    bool setWdmChannelCount(std::uint32_t count);
+    bool enableUsbSlowMode();
+    bool disableUsbSlowMode();
+    bool stopAudio();
+    bool startAudio();
+    bool initAudio();
+    bool writeMixerTable(const MixerTable& table);
+
+    /// Sends command bytes as they are.
+    bool sendControl(const void* bytes, std::uint32_t length);
+    bool setValue16(std::uint16_t value);
+    bool setValue8(std::uint8_t value);
+
+    // Reads. An out-parameter is written only on success, but for readUsbStatus.
+    bool getDevicePid(std::uint32_t& pid);
+    bool readMeterData(MeterBlock& block);
+    /// Hz; 0 when the device is not open or the driver refuses.
+    std::uint32_t querySampleRate();
+    bool getSampleRate(std::uint32_t& rate);
+    /// Samples; writes a debug line on success.
+    bool getBufferSize(std::uint32_t& samples);
+    /// Frames.
+    bool getUsbLatency(std::uint32_t& frames);
+    /// On an open device fills `status` even when the driver refuses: with the last good block.
+    bool readUsbStatus(UsbStatus& status);
+    std::uint32_t queryValue829();
+    bool getValue16(std::uint16_t& value);
+    bool getFlag8(bool& flag);
+    /// Sends a raw request; the reply is resized to 32 bytes.
+    bool transfer(const QByteArray& request, QByteArray& reply);
+    /// Copies up to `length` of the ten version bytes, with a line on the standard error stream
+    /// on failure.
+    bool getFirmwareVersion(std::uint8_t* version, std::uint32_t length);
+
+private:
+    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
+    bool control(std::uint32_t code, const void* input, std::uint32_t inputSize, void* output,
+                 std::uint32_t outputSize);
+    bool action(std::uint32_t code) { return control(code, nullptr, 0, nullptr, 0); }
+    template <typename Value> bool write(std::uint32_t code, const Value& value);
+    template <typename Value> bool read(std::uint32_t code, Value& value);
+    /// Sends the record if the device is open; the driver's answer is not looked at.
+    void send(const ControlPacket& packet);
+    /// Sends the record as a command: false only when an exception had to be reported.
+    bool command(const CommandFailure& failure, const ControlPacket& packet) noexcept;
+
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    UsbStatus lastUsbStatus;
+};
+
+template <typename Value> bool DriverDevice::write(std::uint32_t code, const Value& value)
+{
+    return control(code, &value, sizeof value, nullptr, 0);
+}
+
+template <typename Value> bool DriverDevice::read(std::uint32_t code, Value& value)
+{
+    Value word{};
+    if (!control(code, nullptr, 0, &word, sizeof word))
+        return false;
+    value = word;
+    return true;
+}
