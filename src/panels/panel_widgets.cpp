@@ -1,0 +1,117 @@
+#include "panels/panel_widgets.h"
+
+#include "controls/button.h"
+#include "controls/knob.h"
+#include "driver/gain.h"
+
+#include <QFrame>
+#include <QLabel>
+
+namespace {
+
+QLabel* label(const QString& text, const char* style)
+{
+    auto* made = new QLabel(text);
+    made->setStyleSheet(QLatin1String(style));
+    made->setAlignment(Qt::AlignCenter);
+    return made;
+}
+
+Knob* panelKnob(int size, QWidget* parent)
+{
+    auto* knob = new Knob(parent);
+    knob->setGeometry(10, 10, size, size);
+    knob->textColor = QColor(QStringLiteral("#00ff7f"));
+    knob->shadowColor = QColor(QStringLiteral("#00ff7f"));
+    return knob;
+}
+
+} // namespace
+
+QLabel* PanelWidgets::title(const QString& text)
+{
+    return label(text, "font-weight: bold; font-size: 12px; color: white;");
+}
+
+QLabel* PanelWidgets::caption(const QString& text, const char* style)
+{
+    return label(text, style);
+}
+
+QLabel* PanelWidgets::readOut()
+{
+    return label(QStringLiteral("-160 dB"), "color: #888888; font-size: 8px;");
+}
+
+void PanelWidgets::showLevel(QLabel* readOut, double dB)
+{
+    readOut->setText(QString::number(dB, 'f', 1) + QStringLiteral(" dB"));
+}
+
+Knob* PanelWidgets::gainKnob(int maximum, int displayOffset, QWidget* parent)
+{
+    Knob* knob = panelKnob(120, parent);
+    knob->setFixedSize(120, 120);
+    knob->minimum = 0;
+    knob->maximum = maximum;
+    knob->value = 0;
+    knob->displayOffset = displayOffset;
+    knob->arcColor = QColor(QStringLiteral("#f1fa8c"));
+    return knob;
+}
+
+Knob* PanelWidgets::volumeKnob(QWidget* parent)
+{
+    Knob* knob = panelKnob(120, parent);
+    knob->setFixedSize(120, 120);
+    return knob;
+}
+
+Knob* PanelWidgets::phoneKnob(QWidget* parent)
+{
+    Knob* knob = panelKnob(80, parent);
+    knob->setFixedSize(70, 70);
+    knob->arcWidth = 3;
+    knob->fontPointSize = 10;
+    return knob;
+}
+
+Button* PanelWidgets::button(const QString& text, const char* accent, QWidget* parent)
+{
+    auto* made = new Button(text, parent);
+    made->styleInt = 10;
+    made->onTextColor = QLatin1String(accent);
+    made->offTextColor = QStringLiteral("#8a95aa");
+    made->borderRadius = 3;
+    made->onBackground = QStringLiteral("#1b1e23");
+    made->offBackground = QStringLiteral("#1b1e23");
+    made->glowColor = QLatin1String(accent);
+    made->setFixedWidth(80);
+    made->applyStyle();
+    return made;
+}
+
+Button* PanelWidgets::outputButton(const QString& text, int styleInt, QWidget* parent)
+{
+    Button* made = button(text, outputAccent, parent);
+    made->styleInt = styleInt;
+    made->setMinimumHeight(40);
+    return made;
+}
+
+QFrame* PanelWidgets::separator(QWidget* parent)
+{
+    auto* line = new QFrame(parent);
+    line->setFrameShape(QFrame::VLine);
+    line->setFrameShadow(QFrame::Sunken);
+    line->setFixedWidth(1);
+    line->setStyleSheet(QStringLiteral("background-color: #555555;"));
+    return line;
+}
+
+double phoneLevelDb(std::int32_t left, std::int32_t right)
+{
+    const auto sum = static_cast<std::int32_t>(static_cast<std::uint32_t>(left) +
+                                               static_cast<std::uint32_t>(right));
+    return sampleToDb(sum / 2);
+}

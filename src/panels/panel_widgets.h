@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+class Button;
+class Knob;
+class QFrame;
+class QLabel;
+class QWidget;
+
+/// The building stones of a panel, in the panels' common look. The caller puts them into a layout.
+namespace PanelWidgets {
+
+inline constexpr const char* captionStyle = "font-size: 12px; color: white;";
+inline constexpr const char* smallCaptionStyle = "font-size: 10px; color: white;";
+
+inline constexpr const char* micAccent = "#00ff7f";
+inline constexpr const char* padAccent = "#ff7f00";
+inline constexpr const char* phantomAccent = "#ff1111";
+inline constexpr const char* outputAccent = "#00FFFF";
+
+/// The heading of a strip.
+QLabel* title(const QString& text);
+QLabel* caption(const QString& text, const char* style = captionStyle);
+/// A level read-out, at "-160 dB" until the first reading.
+QLabel* readOut();
+/// Shows a level in dB full scale with one decimal.
+void showLevel(QLabel* readOut, double dB);
+
+/// Microphone gain in dB, from 0 up to `maximum`, shown `displayOffset` higher.
+Knob* gainKnob(int maximum, int displayOffset, QWidget* parent);
+/// Output volume, -80 dB to 6 dB.
+Knob* volumeKnob(QWidget* parent);
+/// The small knob of the phone's level, -80 dB to 6 dB.
+Knob* phoneKnob(QWidget* parent);
+
+Button* button(const QString& text, const char* accent, QWidget* parent);
+/// The tall MUTE and DIM buttons of an output.
+Button* outputButton(const QString& text, int styleInt, QWidget* parent);
+
+/// The vertical line between inputs and outputs.
+QFrame* separator(QWidget* parent);
+
+} // namespace PanelWidgets
+
+/// Level of the phone input in dB full scale: the mean of its two channels' samples. The sum wraps
+/// as 32-bit arithmetic does.
+double phoneLevelDb(std::int32_t left, std::int32_t right);

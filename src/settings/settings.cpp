@@ -1,0 +1,147 @@
+#include "settings/settings.h"
+
+#include "driver/driver_device.h"
+#include "settings/settings_choices.h"
+
+#include <QComboBox>
+#include <QDebug>
+#include <QDir>
+#include <QIcon>
+#include <QLabel>
+#include <QPushButton>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int usbErrorInterval = 1000;
+
+} // namespace
+
+Settings::Settings()
+    : device(std::make_unique<DriverDevice>())
+{
+    qDebug() << "Settings dialog created.";
+    setWindowTitle(QStringLiteral("Settings"));
+    setStyleSheet(QStringLiteral("QDialog { background-color: #2c313c; color: white; }"));
+    openSettings();
+    buildLayout();
+    startUsbErrorTimer();
+}
+
+Settings::~Settings()
+{
+    usbErrorTimer->stop();
+    delete settings;
+    device.reset();
+    qDebug() << "Settings dialog closed and resources cleaned up.";
+}
+
+void Settings::openSettings()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    QDir().mkpath(folder);
+    settings = new QSettings(folder + QStringLiteral("/setting.ini"), QSettings::IniFormat, this);
+}
+
+void Settings::buildLayout()
+{
+    mainLayout = new QVBoxLayout(this);
+    mainLayout->setAlignment(Qt::AlignCenter);
+    mainLayout->setContentsMargins(40, 10, 40, 40);
+    setWindowIcon(QIcon(QStringLiteral(":/icon/icon.png")));
+
+    auto* title = new QLabel(tr("Settings"), this);
+    title->setAlignment(Qt::AlignCenter);
+    title->setStyleSheet(QStringLiteral("font-size: 18px; font-weight: bold; color: #00FFFF;"));
+    mainLayout->addWidget(title);
+
+    bufferSizeCombo = addChoice(tr("Buffer Size"), SettingsChoices::bufferSizes(),
+                                &Settings::onBufferSizeChanged);
+    latencyCombo = addChoice(tr("USB Latency Size"), SettingsChoices::usbLatencies(),
+                             &Settings::onUsbLatencyChanged);
+    sampleRateCombo =
+        addChoice(tr("Samplerate"), SettingsChoices::sampleRates(), &Settings::onSampleRateChanged);
+    slowModeCombo =
+        addChoice(tr("Safe Mode"), SettingsChoices::slowModes(), &Settings::onSlowModeChanged);
+
+    mainLayout->addSpacing(20);
+    auto* ok = new QPushButton(tr("OK"), this);
+    ok->setStyleSheet(QStringLiteral("background-color: #008888; color: white; font-size: 14px;"));
+    mainLayout->addWidget(ok, 0, Qt::AlignCenter);
+    connect(ok, &QPushButton::clicked, this, &QWidget::hide);
+    mainLayout->addStretch();
+    mainLayout->setSpacing(15);
+
+    usbErrorLabel = new QLabel(tr("USB Error"), this);
+    usbErrorLabel->setAlignment(Qt::AlignCenter);
+    usbErrorLabel->setStyleSheet(QStringLiteral("font-size: 10px; color: #888888;"));
+    mainLayout->addWidget(usbErrorLabel);
+    usbErrorLabel->hide();
+}
+
+QComboBox* Settings::addChoice(const QString& label, const QStringList& items,
+                               void (Settings::*apply)(int))
+{
+    auto* caption = new QLabel(label, this);
+    caption->setStyleSheet(QStringLiteral("font-size: 14px; color: #008888;"));
+    mainLayout->addWidget(caption);
+
+    auto* combo = new QComboBox(this);
+    combo->addItems(items);
+    mainLayout->addWidget(combo);
+    connect(combo, &QComboBox::currentIndexChanged, this, apply);
+    return combo;
+}
+
+void Settings::startUsbErrorTimer()
+{
+    usbErrorTimer = new QTimer(this);
+    connect(usbErrorTimer, &QTimer::timeout, this, &Settings::updateUsbErrorCount);
+    usbErrorTimer->start(usbErrorInterval);
+}
+
+bool Settings::connectDevice()
+{
+    device = std::make_unique<DriverDevice>();
+    if (device->open())
+        return true;
+    // Names the first model whatever is attached: log readers know the line so.
+    qDebug() << "Failed to create device in ka1.";
+    return false;
+}
+
+void Settings::loadSettings()
+{
+    const auto load = [this](const char* key, const char* missing, QComboBox* combo) {
+        combo->setCurrentText(
+            settings->value(QLatin1String(key), QLatin1String(missing)).toString());
+    };
+    load("USB/LatencySize", "8", latencyCombo);
+    load("Audio/BufferSize", "192", bufferSizeCombo);
+    load("USB/SlowMode", "Disabled", slowModeCombo);
+    load("Audio/SampleRate", "44100", sampleRateCombo);
+    qDebug() << "已从配置文件加载控件状态";
+}
+
+void Settings::updateUsbErrorCount()
+{
+    if (!device->readUsbStatus(usbStatus)) {
+        qDebug() << "Failed to read meter data from driver.";
+        return;
+    }
+    if (usbStatus.usbErrorCount == 0) {
+        usbErrorLabel->hide();
+        return;
+    }
+    usbErrorLabel->setText(tr("USB Error Count: %1").arg(std::uint32_t{usbStatus.usbErrorCount}));
+    usbErrorLabel->show();
+}
+
+void Settings::store(const char* key, const QString& text)
+{
+    settings->setValue(QLatin1String(key), text);
+    settings->sync();
+}
