@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/port/file_descriptor.h"
+
+#include <cstddef>
+#include <string>
+#include <sys/types.h>
+#include <sys/uio.h>
+
+/// Message sockets (SOCK_SEQPACKET) below the runtime folder. All of them are closed on exec and
+/// never raise SIGPIPE; failures leave errno.
+
+/// Connects to the socket file. With `wait` false a full queue fails at once with EAGAIN.
+FileDescriptor connectSocket(const std::string& path, bool wait);
+
+/// Listens on a new non-blocking socket file; `queue` + 1 clients can be connected ahead of
+/// accept().
+FileDescriptor listenOnSocket(const std::string& path, int queue);
+
+/// The next queued client, or an invalid descriptor.
+FileDescriptor acceptSocket(int listener);
+
+/// Sends `first` and `second` as one message.
+bool sendMessage(int socket, const void* first, std::size_t firstLength,
+                 const void* second = nullptr, std::size_t secondLength = 0);
+
+/// Receives one message into `first` and then `second`. Returns its length, 0 when the other side
+/// has closed, -1 on failure; a message that does not fit fails with EMSGSIZE.
+ssize_t receiveMessage(int socket, void* first, std::size_t firstLength, void* second = nullptr,
+                       std::size_t secondLength = 0);

@@ -1,0 +1,78 @@
+#include "platform/port/pipe_folder.h"
+
+#include "platform/port/local_socket.h"
+#include "platform/port/runtime_folder.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+
+PipeFolder::PipeFolder(const std::string& name)
+    : folder(runtimeFolder() + "/pipe/" + name)
+    , lockFile(folder + "/lock")
+{
+}
+
+bool PipeFolder::create() const
+{
+    if (!createRuntimeFolder("pipe"))
+        return false;
+    std::error_code error;
+    std::filesystem::create_directory(folder, error);
+    const FileDescriptor file(::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    return file.isValid();
+}
+
+FileDescriptor PipeFolder::lock() const
+{
+    FileDescriptor file(::open(lockFile.c_str(), O_RDWR | O_CLOEXEC));
+    if (!file.isValid())
+        return file;
+    while (::flock(file.get(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+    return file;
+}
+
+std::vector<std::string> PipeFolder::sockets() const
+{
+    std::vector<std::string> result;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        const std::string file = entry.path().filename().string();
+        if (file == "lock")
+            continue;
+        const int process = std::atoi(file.c_str());
+        if (process > 0 && (::kill(process, 0) == 0 || errno != ESRCH))
+            result.push_back(entry.path().string());
+        else
+            std::filesystem::remove(entry.path(), ignored);
+    }
+    return result;
+}
+
+std::string PipeFolder::newSocket() const
+{
+    static std::atomic<unsigned> count = 0;
+    return folder + '/' + std::to_string(::getpid()) + '-' + std::to_string(++count);
+}
+
+FileDescriptor connectToPipe(const std::string& name, DWORD& error)
+{
+    const PipeFolder folder(name);
+    const FileDescriptor lock = folder.lock();
+    error = ERROR_FILE_NOT_FOUND;
+    for (const std::string& path : folder.sockets()) {
+        FileDescriptor socket = connectSocket(path, false);
+        if (socket.isValid()) {
+            error = ERROR_SUCCESS;
+            return socket;
+        }
+        if (errno == EAGAIN)
+            error = ERROR_PIPE_BUSY;
+    }
+    return {};
+}

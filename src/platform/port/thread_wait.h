@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/port/file_descriptor.h"
+#include "platform/port/handle_table.h"
+
+#include <memory>
+#include <mutex>
+
+/// The place where one thread waits for sockets and where others can wake it.
+class ThreadWait
+{
+public:
+    /// That of the calling thread.
+    static ThreadWait& current();
+
+    /// That of a running thread, null when there is none with this number. Only threads that have
+    /// asked for their number or waited before are known.
+    static std::shared_ptr<ThreadWait> ofThread(DWORD threadId);
+
+    ThreadWait();
+
+    /// Waits until `events` (as for poll) or the end of the other side show on the socket. False
+    /// when it was cancelled.
+    bool wait(int socket, short events);
+
+    /// Wakes the thread. False when it does not wait.
+    bool cancel();
+
+private:
+    FileDescriptor wakeUp;
+    std::mutex mutex;
+    bool waiting = false;
+};
+
+/// An open handle on a thread.
+class ThreadObject : public PortObject
+{
+public:
+    explicit ThreadObject(std::shared_ptr<ThreadWait> thread)
+        : place(std::move(thread))
+    {
+    }
+
+    bool cancel() { return place->cancel(); }
+
+private:
+    std::shared_ptr<ThreadWait> place;
+};
