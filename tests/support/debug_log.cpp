@@ -1,0 +1,55 @@
+#include "support/debug_log.h"
+
+#include <QMutex>
+#include <QtGlobal>
+
+namespace {
+
+QMutex mutex;
+QStringList* collected = nullptr;
+QtMessageHandler previousHandler = nullptr;
+
+void collect(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    const QMutexLocker lock(&mutex);
+    if (collected != nullptr)
+        collected->append(type == QtDebugMsg ? text : QStringLiteral("warning: ") + text);
+}
+
+} // namespace
+
+DebugLog::DebugLog()
+{
+    const QMutexLocker lock(&mutex);
+    Q_ASSERT(collected == nullptr);
+    collected = new QStringList;
+    previousHandler = qInstallMessageHandler(collect);
+}
+
+DebugLog::~DebugLog()
+{
+    // A handler that took this one's place in the meantime stays.
+    const QtMessageHandler current = qInstallMessageHandler(previousHandler);
+    if (current != collect)
+        qInstallMessageHandler(current);
+    const QMutexLocker lock(&mutex);
+    delete collected;
+    collected = nullptr;
+}
+
+QStringList DebugLog::lines() const
+{
+    const QMutexLocker lock(&mutex);
+    return *collected;
+}
+
+QStringList DebugLog::take()
+{
+    const QMutexLocker lock(&mutex);
+    return std::exchange(*collected, {});
+}
+
+void DebugLog::clear()
+{
+    take();
+}

@@ -1,0 +1,86 @@
+#include "support/scripted_platform.h"
+
+#include "platform/win32.h"
+
+#include <QMap>
+
+#include <algorithm>
+#include <stdexcept>
+
+using ScriptedPlatform::Reaction;
+
+namespace {
+
+constexpr DWORD commandCode = 0xFFDC209C;
+
+QMap<std::uint8_t, Reaction> opcodeReactions;
+QMap<std::uint32_t, Reaction> codeReactions;
+QStringList requests;
+
+template <typename Key> void react(QMap<Key, Reaction>& reactions, Key key)
+{
+    const Reaction reaction = reactions.value(key, Reaction::answer);
+    if (reaction == Reaction::throwOnceStandard)
+        reactions.remove(key);
+    if (reaction == Reaction::throwStandard || reaction == Reaction::throwOnceStandard)
+        throw std::runtime_error("no paper");
+    if (reaction == Reaction::throwUnknown)
+        throw 42;
+}
+
+} // namespace
+
+void ScriptedPlatform::onOpcode(std::uint8_t opcode, Reaction reaction)
+{
+    opcodeReactions[opcode] = reaction;
+}
+
+void ScriptedPlatform::onCode(std::uint32_t code, Reaction reaction)
+{
+    codeReactions[code] = reaction;
+}
+
+void ScriptedPlatform::reset()
+{
+    opcodeReactions.clear();
+    codeReactions.clear();
+    requests.clear();
+}
+
+QStringList ScriptedPlatform::takeRequests()
+{
+    return std::exchange(requests, {});
+}
+
+HANDLE CreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
+{
+    return reinterpret_cast<HANDLE>(std::intptr_t{4});
+}
+
+BOOL CloseHandle(HANDLE)
+{
+    return 1;
+}
+
+DWORD GetLastError()
+{
+    return 0;
+}
+
+void Sleep(DWORD) {}
+
+BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
+                     DWORD outputSize, LPDWORD returned, LPOVERLAPPED)
+{
+    if (code == commandCode && inputSize > 1) {
+        const std::uint8_t opcode = static_cast<const std::uint8_t*>(input)[1];
+        requests.append(QString::number(opcode, 16));
+        react(opcodeReactions, opcode);
+    } else {
+        requests.append(QString::number(code, 16));
+    }
+    react(codeReactions, code);
+    std::fill_n(static_cast<char*>(output), outputSize, '\0');
+    *returned = outputSize;
+    return 1;
+}

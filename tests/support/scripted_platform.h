@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QStringList>
+
+#include <cstdint>
+
+/// A platform whose device opens always, answers zeros and can be told to throw, for what no real
+/// driver does: exceptions that escape from a request. A test program that links
+/// scripted_platform.cpp gets these calls in place of the system's.
+namespace ScriptedPlatform {
+
+enum class Reaction { answer, throwStandard, throwOnceStandard, throwUnknown };
+
+/// From now on requests whose second input byte is this opcode react so.
+void onOpcode(std::uint8_t opcode, Reaction reaction);
+/// The same for requests with this control code.
+void onCode(std::uint32_t code, Reaction reaction);
+void reset();
+
+/// The opcodes (command codes) and control codes of the requests since the last call, in hex.
+QStringList takeRequests();
+
+} // namespace ScriptedPlatform

@@ -1,0 +1,67 @@
+#include "support/trace_text.h"
+
+#include <QStringList>
+
+namespace {
+
+constexpr std::uint32_t commandCode = 0xFFDC209C;
+constexpr std::uint32_t replyCode = 0xFFDC20A0;
+constexpr std::uint32_t tableCode = 0xFFDC2040;
+constexpr int packetSize = 37;
+constexpr int firmwareReplySize = 32;
+
+QString head(int handle, std::uint32_t code)
+{
+    return QStringLiteral("h%1 %2").arg(handle).arg(
+        QString::number(code, 16).toUpper().rightJustified(8, u'0'));
+}
+
+QString packet(const QString& leadingBytes)
+{
+    QStringList bytes = leadingBytes.split(u' ');
+    while (bytes.size() < packetSize)
+        bytes.append(QStringLiteral("00"));
+    return bytes.join(u' ');
+}
+
+} // namespace
+
+QString TraceText::request(int handle, std::uint32_t code, int outputSize)
+{
+    return input(handle, code, QString(), outputSize);
+}
+
+QString TraceText::set32(int handle, std::uint32_t code, std::uint32_t value)
+{
+    QStringList bytes;
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        bytes.append(
+            QString::number((value >> shift) & 0xFFU, 16).toUpper().rightJustified(2, u'0'));
+    return input(handle, code, bytes.join(u' '));
+}
+
+QString TraceText::input(int handle, std::uint32_t code, const QString& bytes, int outputSize)
+{
+    return QStringLiteral("%1 in=%2 out=%3").arg(head(handle, code), bytes).arg(outputSize);
+}
+
+QString TraceText::command(int handle, const QString& leadingBytes)
+{
+    return input(handle, commandCode, packet(leadingBytes));
+}
+
+QString TraceText::firmwareRequest(int handle)
+{
+    return input(handle, replyCode, packet(QStringLiteral("01 65")), firmwareReplySize);
+}
+
+QString TraceText::table(int handle, const QString& changedCells)
+{
+    const QString line = QStringLiteral("%1 table").arg(head(handle, tableCode));
+    return changedCells.isEmpty() ? line : line + u' ' + changedCells;
+}
+
+QString TraceText::refused(const QString& line, std::uint32_t error)
+{
+    return line + QStringLiteral(" error=%1").arg(error);
+}

@@ -1,0 +1,229 @@
+#include "platform/win32.h"
+#include "simulator/client/simulator_control.h"
+#include "support/simulated_interface.h"
+#include "support/simulator_host.h"
+#include "support/test_main.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTest>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+QString hostProgram()
+{
+    return QCoreApplication::applicationDirPath() + "/quorvel-simulator";
+}
+
+/// A simulator that the test starts with options of its own.
+class HostProcess
+{
+public:
+    explicit HostProcess(const QStringList& options)
+    {
+        process.start(hostProgram(), options);
+        process.waitForReadyRead();
+    }
+    ~HostProcess()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
+
+    bool isReady() { return process.readLine() == "ready\n"; }
+
+    QProcess process;
+};
+
+HANDLE openDevice(const wchar_t* path)
+{
+    return CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                       nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+DWORD readNumber(HANDLE device, DWORD code, std::uint32_t& value)
+{
+    DWORD returned = 0;
+    return DeviceIoControl(device, code, nullptr, 0, &value, sizeof value, &returned, nullptr) ==
+                   FALSE
+               ? GetLastError()
+               : 0;
+}
+
+QStringList sockets()
+{
+    return QDir(qEnvironmentVariable("QUORVEL_RUNTIME_DIR") + "/dev")
+        .entryList(QDir::System | QDir::Files);
+}
+
+} // namespace
+
+class SimulatorHostTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void helpIsShown();
+    void badOptionsAreMisuse_data();
+    void badOptionsAreMisuse();
+    void interfaceIsPluggedAtStart();
+    void stopsOnSignalAndRemovesItsSockets();
+    void stopsWhenItsInputCloses();
+    void secondHostIsRefused();
+    void crashedHostIsSucceeded();
+    void openFolderIsRefused();
+    void handleOutlivesItsHost();
+    void crashedProgramLosesItsHandles();
+};
+
+void SimulatorHostTest::helpIsShown()
+{
+    QProcess host;
+    host.start(hostProgram(), {"--help"});
+    QVERIFY(host.waitForFinished());
+    QCOMPARE(host.exitCode(), 0);
+    const QString text = host.readAllStandardOutput();
+    for (const char* option : {"--model", "--bus", "--moving-levels", "--until-stdin-closes"})
+        QVERIFY2(text.contains(option), option);
+}
+
+void SimulatorHostTest::badOptionsAreMisuse_data()
+{
+    QTest::addColumn<QString>("options");
+    for (const char* options :
+         {"--jump", "--model", "--model ka3", "--model ka1 --bus 16", "--bus -1", "--bus x", "ka1"})
+        QTest::newRow(options) << options;
+}
+
+void SimulatorHostTest::badOptionsAreMisuse()
+{
+    QFETCH(QString, options);
+    QProcess host;
+    host.start(hostProgram(), options.split(u' '));
+    QVERIFY(host.waitForFinished());
+    QCOMPARE(host.exitCode(), 2);
+    QVERIFY(host.readAllStandardError().startsWith("quorvel-simulator: "));
+    QVERIFY(host.readAllStandardOutput().isEmpty());
+}
+
+void SimulatorHostTest::interfaceIsPluggedAtStart()
+{
+    HostProcess host({"--model", "ks", "--bus", "4", "--moving-levels"});
+    QVERIFY(host.isReady());
+    SimulatorControl control;
+    QVERIFY(control.open());
+    QCOMPARE(control.state().productId, SimulatorControl::ks);
+    QCOMPARE(control.state().bus, 4u);
+    QCOMPARE(control.state().levelsMove, std::uint8_t{1});
+    const HANDLE device = openDevice(LR"(\\.\QuorvelAudioBus4)");
+    QVERIFY(device != INVALID_HANDLE_VALUE);
+    QVERIFY(CloseHandle(device));
+}
+
+void SimulatorHostTest::stopsOnSignalAndRemovesItsSockets()
+{
+    HostProcess host({"--model", "ka1"});
+    QVERIFY(host.isReady());
+    QCOMPARE(sockets(), QStringList({"QuorvelAudioBus0", "QuorvelSimulator"}));
+    host.process.terminate();
+    QVERIFY(host.process.waitForFinished());
+    QCOMPARE(host.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(host.process.exitCode(), 0);
+    QCOMPARE(sockets(), QStringList());
+}
+
+void SimulatorHostTest::stopsWhenItsInputCloses()
+{
+    HostProcess host({"--until-stdin-closes"});
+    QVERIFY(host.isReady());
+    host.process.closeWriteChannel();
+    QVERIFY(host.process.waitForFinished());
+    QCOMPARE(host.process.exitCode(), 0);
+}
+
+void SimulatorHostTest::secondHostIsRefused()
+{
+    HostProcess host({"--model", "ka1"});
+    QVERIFY(host.isReady());
+    QProcess second;
+    second.start(hostProgram(), QStringList());
+    QVERIFY(second.waitForFinished());
+    QCOMPARE(second.exitCode(), 1);
+    QVERIFY(second.readAllStandardError().contains("another simulator already serves"));
+    const HANDLE device = openDevice(LR"(\\.\QuorvelAudioBus0)");
+    QVERIFY(device != INVALID_HANDLE_VALUE);
+    CloseHandle(device);
+}
+
+void SimulatorHostTest::crashedHostIsSucceeded()
+{
+    {
+        HostProcess host({"--model", "ka1", "--bus", "2"});
+        QVERIFY(host.isReady());
+    } // Killed: its sockets stay.
+    QCOMPARE(sockets().size(), 2);
+    QCOMPARE(openDevice(LR"(\\.\QuorvelAudioBus2)"), INVALID_HANDLE_VALUE);
+    QCOMPARE(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    HostProcess next({"--model", "ka2", "--bus", "3"});
+    QVERIFY(next.isReady());
+    QCOMPARE(sockets(), QStringList({"QuorvelAudioBus3", "QuorvelSimulator"}));
+}
+
+void SimulatorHostTest::openFolderIsRefused()
+{
+    const QString folder = qEnvironmentVariable("QUORVEL_RUNTIME_DIR");
+    const QFile::Permissions before = QFile::permissions(folder);
+    QVERIFY(QFile::setPermissions(folder, before | QFile::ReadOther));
+    QProcess host;
+    host.start(hostProgram(), QStringList());
+    const bool finished = host.waitForFinished();
+    QFile::setPermissions(folder, before);
+    QVERIFY(finished);
+    QCOMPARE(host.exitCode(), 1);
+    QVERIFY(host.readAllStandardError().contains("not private"));
+}
+
+void SimulatorHostTest::handleOutlivesItsHost()
+{
+    SimulatedInterface simulated;
+    QVERIFY(simulated.control().plug(SimulatorControl::ka1));
+    const HANDLE device = openDevice(LR"(\\.\QuorvelAudioBus0)");
+    std::uint32_t product = 0;
+    QCOMPARE(readNumber(device, 0xFFDC2084, product), DWORD{0});
+    simulated.host().stop();
+    QCOMPARE(readNumber(device, 0xFFDC2084, product), DWORD{ERROR_DEVICE_NOT_CONNECTED});
+    QCOMPARE(readNumber(device, 0xFFDC2084, product), DWORD{ERROR_DEVICE_NOT_CONNECTED});
+    QCOMPARE(openDevice(LR"(\\.\QuorvelAudioBus0)"), INVALID_HANDLE_VALUE);
+    QCOMPARE(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    QCOMPARE(simulated.host().start(), QString());
+    QCOMPARE(readNumber(device, 0xFFDC2084, product), DWORD{ERROR_DEVICE_NOT_CONNECTED});
+    QVERIFY(CloseHandle(device));
+}
+
+void SimulatorHostTest::crashedProgramLosesItsHandles()
+{
+    SimulatedInterface simulated;
+    QVERIFY(simulated.control().plug(SimulatorControl::ka1));
+    QVERIFY(simulated.control().delay(SimulatorControl::anyCode, SimulatorControl::always, 60000));
+    // A program that dies while its request is being held back.
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::uint32_t product = 0;
+        readNumber(openDevice(LR"(\\.\QuorvelAudioBus0)"), 0xFFDC2084, product);
+        ::_exit(0);
+    }
+    QTRY_COMPARE(simulated.control().state().requests, 1u);
+    QCOMPARE(simulated.openHandles(), 1);
+    QCOMPARE(::kill(child, SIGKILL), 0);
+    QCOMPARE(::waitpid(child, nullptr, 0), child);
+    QTRY_COMPARE(simulated.openHandles(), 0);
+}
+
+QUORVEL_TEST_MAIN(SimulatorHostTest)
+#include "simulator_host_test.moc"
