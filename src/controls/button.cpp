@@ -1,0 +1,71 @@
+#include "controls/button.h"
+
+#include <QColor>
+#include <QGraphicsDropShadowEffect>
+#include <QMouseEvent>
+
+Button::Button(const QString& text, QWidget* parent)
+    : QPushButton(parent)
+    , label(text)
+    , glow(new QGraphicsDropShadowEffect(this))
+{
+    setText(text);
+    setCursor(Qt::PointingHandCursor);
+    light(0.01);
+    glow->setEnabled(false);
+}
+
+void Button::applyStyle()
+{
+    const QString& background = on ? onBackground : offBackground;
+    setStyleSheet(
+        QStringLiteral("QPushButton {   color: %1;   background-color: %2;"
+                       "   border-radius: %3px;}QPushButton:pressed {   background-color: %4;}")
+            .arg(on ? onTextColor : offTextColor, background, QString::number(borderRadius),
+                 background));
+    glow->setEnabled(on);
+    glow->setColor(QColor(glowColor));
+}
+
+void Button::setOn(bool status)
+{
+    change(status);
+    emit pressed(status);
+}
+
+void Button::setShadow(bool enable, double factor)
+{
+    if (enable)
+        light(factor);
+}
+
+void Button::mousePressEvent(QMouseEvent* event)
+{
+    if (ignoreCtrlClick && event->modifiers().testFlag(Qt::ControlModifier))
+        return;
+    applyStyle();
+    change(!on);
+    emit pressed(on);
+    emit pressed(on);
+}
+
+void Button::leaveEvent(QEvent* event)
+{
+    hovered = false;
+    QPushButton::leaveEvent(event);
+}
+
+void Button::light(double factor)
+{
+    glow->setBlurRadius(width() * factor);
+    glow->setOffset(0, 0);
+    glow->setColor(QColor(glowColor));
+    setGraphicsEffect(glow);
+}
+
+void Button::change(bool status)
+{
+    on = status;
+    glow->setEnabled(on);
+    applyStyle();
+}

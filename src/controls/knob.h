@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QColor>
+#include <QRect>
+#include <QString>
+#include <QWidget>
+
+class QLineEdit;
+
+/// Rotary control for an integer value, most often a level in dB: an arc of 270 degrees around
+/// a round cap, with the value printed in its centre.
+///
+/// Dragging and the wheel change the value by one step per event, a double click on the text
+/// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum.
+/// Range, look and value are set through the members; call update() when the knob is already
+/// visible. GUI thread only.
+class Knob : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// A pointer position in whole pixels of the widget.
+    struct Position
+    {
+        int y = 0;
+        int x = 0;
+    };
+
+    explicit Knob(QWidget* parent = nullptr);
+
+    /// Takes over `v`, limited to [minimum, maximum], and announces it.
+    void setValue(int v);
+
+    /// setValue(), unless the pointer is over the knob: a value pushed from outside must not
+    /// fight the user's hand.
+    void setValueIfIdle(int v);
+
+    /// With `enable`, gives the knob a drop shadow in `shadowColor`, blurred by `factor` times
+    /// the widget's width; otherwise does nothing.
+    void setShadow(bool enable, double factor);
+
+    int value = -80;
+    /// Pen width of both arcs and inset of their rectangle, in pixels.
+    int arcWidth = 7;
+    bool roundCap = true;
+    int maximum = 6;
+    /// Lower bound and reset value. Wins over `maximum` when the two are crossed.
+    int minimum = -80;
+    QColor arcColor{QStringLiteral("#00ffff")};
+    /// Prints the value and lets a double click on it open the editor.
+    bool showText = true;
+    QString fontFamily = QStringLiteral("Segoe UI");
+    int fontPointSize = 12;
+    /// Unit printed after the value and accepted, as written, at the end of typed input.
+    QString suffix = QStringLiteral("dB");
+    QColor textColor{QStringLiteral("#ff79c6")};
+    bool showTrack = true;
+    QColor trackColor{QStringLiteral("#44475a")};
+    /// Diameter of the cap as a fraction of the width of the arc rectangle.
+    double knobRatio = 0.8;
+    QColor shadowColor;
+    /// Where the previous drag step was. A press does not record it.
+    Position lastPos;
+    bool hovered = false;
+    /// Added to the value for display, subtracted from typed input.
+    int displayOffset = 0;
+    QLineEdit* editor = nullptr;
+    /// Where the text was last painted; null before the first paint.
+    QRect textRect;
+
+signals:
+    /// The value after each user action and each setter, also when it stayed the same.
+    void valueChangedSig(int value);
+
+public slots:
+    /// Takes the editor's text as the new value and hides the editor. Text that is no number
+    /// keeps the value, but is lowered by `displayOffset` all the same.
+    void finishEdit();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void change(qint64 candidate);
+    void openEditor();
+};

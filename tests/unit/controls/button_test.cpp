@@ -1,0 +1,343 @@
+#include "controls/button.h"
+#include "support/test_main.h"
+
+#include <QApplication>
+#include <QGraphicsDropShadowEffect>
+#include <QMetaMethod>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+QList<bool> states(QSignalSpy& spy)
+{
+    QList<bool> announced;
+    for (const QList<QVariant>& arguments : std::as_const(spy))
+        announced.append(arguments.at(0).toBool());
+    spy.clear();
+    return announced;
+}
+
+void dressForPanel(Button& button, const QString& accent)
+{
+    button.onTextColor = accent;
+    button.offTextColor = QStringLiteral("#8a95aa");
+    button.onBackground = QStringLiteral("#1b1e23");
+    button.offBackground = QStringLiteral("#1b1e23");
+    button.glowColor = accent;
+    button.setFixedWidth(80);
+    button.applyStyle();
+}
+
+} // namespace
+
+class ButtonTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void defaults();
+    void glowAtConstruction();
+    void metaObjectNames();
+    void styleSheet();
+    void styleSheetOfThePanels_data();
+    void styleSheetOfThePanels();
+    void applyStyleFollowsTheMembers();
+    void clickTogglesAndAnnouncesTwice();
+    void announcedAfterTheStyle();
+    void setOnAnnouncesOnce_data();
+    void setOnAnnouncesOnce();
+    void ctrlClick();
+    void ctrlClickIgnored();
+    void otherButtonsOfTheMouse();
+    void silentOnEverythingElse();
+    void releaseDoesNothing();
+    void leavingClearsHovered();
+    void setShadow();
+    void setShadowOffDoesNothing();
+};
+
+void ButtonTest::defaults()
+{
+    const Button button(QStringLiteral("48V"), nullptr);
+    QCOMPARE(button.label, QStringLiteral("48V"));
+    QCOMPARE(button.text(), QStringLiteral("48V"));
+    QCOMPARE(button.styleInt, 10);
+    QCOMPARE(button.borderRadius, 3);
+    QCOMPARE(button.onTextColor, QStringLiteral("#000000"));
+    QCOMPARE(button.offTextColor, QStringLiteral("#00ff7f"));
+    QCOMPARE(button.glowColor, QStringLiteral("#00ff7f"));
+    QCOMPARE(button.onBackground, QStringLiteral("#00ff7f"));
+    QCOMPARE(button.offBackground, QStringLiteral("#1b1e23"));
+    QCOMPARE(button.spareColor, QStringLiteral("#1b1e23"));
+    QCOMPARE(button.secondSpareColor, QStringLiteral("#1b1e23"));
+    QCOMPARE(button.ignoreCtrlClick, false);
+    QCOMPARE(button.hovered, false);
+    QCOMPARE(button.on, false);
+    QVERIFY(button.glow != nullptr);
+    QVERIFY(button.spare == nullptr);
+    QCOMPARE(button.cursor().shape(), Qt::PointingHandCursor);
+    QVERIFY(!button.isCheckable());
+    QCOMPARE(button.styleSheet(), QString());
+}
+
+void ButtonTest::glowAtConstruction()
+{
+    QWidget panel;
+    const Button button(QStringLiteral("48V"), &panel);
+    QCOMPARE(button.parentWidget(), &panel);
+    QCOMPARE(button.glow->parent(), &button);
+    QCOMPARE(button.graphicsEffect(), button.glow);
+    QVERIFY(!button.glow->isEnabled());
+    QCOMPARE(button.glow->blurRadius(), button.width() * 0.01);
+    QCOMPARE(button.glow->offset(), QPointF(0, 0));
+    QCOMPARE(button.glow->color(), QColor(0x00, 0xff, 0x7f));
+
+    // Before it has a parent a button has the size of a window, hence a wider glow.
+    const Button alone(QStringLiteral("48V"));
+    QVERIFY(alone.width() > button.width());
+    QCOMPARE(alone.glow->blurRadius(), alone.width() * 0.01);
+}
+
+void ButtonTest::metaObjectNames()
+{
+    const QMetaObject& meta = Button::staticMetaObject;
+    QCOMPARE(meta.className(), "Button");
+    QCOMPARE(meta.superClass()->className(), "QPushButton");
+    const QMetaMethod selected = meta.method(meta.methodOffset());
+    QCOMPARE(selected.methodSignature(), QByteArray("selected(QString)"));
+    QCOMPARE(selected.methodType(), QMetaMethod::Signal);
+    const QMetaMethod pressed = meta.method(meta.methodOffset() + 1);
+    QCOMPARE(pressed.methodSignature(), QByteArray("pressed(bool)"));
+    QCOMPARE(pressed.methodType(), QMetaMethod::Signal);
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 2);
+}
+
+void ButtonTest::styleSheet()
+{
+    Button button(QStringLiteral("MIC"));
+    button.applyStyle();
+    QCOMPARE(button.styleSheet(),
+             QStringLiteral("QPushButton {   color: #00ff7f;   background-color: #1b1e23;   "
+                            "border-radius: 3px;}QPushButton:pressed {   "
+                            "background-color: #1b1e23;}"));
+    QVERIFY(!button.glow->isEnabled());
+
+    button.on = true;
+    button.applyStyle();
+    QCOMPARE(button.styleSheet(),
+             QStringLiteral("QPushButton {   color: #000000;   background-color: #00ff7f;   "
+                            "border-radius: 3px;}QPushButton:pressed {   "
+                            "background-color: #00ff7f;}"));
+    QVERIFY(button.glow->isEnabled());
+}
+
+void ButtonTest::styleSheetOfThePanels_data()
+{
+    QTest::addColumn<QString>("accent");
+
+    for (const char* accent : {"#00ff7f", "#ff7f00", "#ff1111", "#00FFFF"})
+        QTest::newRow(accent) << QString::fromLatin1(accent);
+}
+
+void ButtonTest::styleSheetOfThePanels()
+{
+    QFETCH(const QString, accent);
+
+    Button button(QStringLiteral("DIM"));
+    dressForPanel(button, accent);
+    QCOMPARE(button.styleSheet(),
+             QStringLiteral("QPushButton {   color: #8a95aa;   background-color: #1b1e23;   "
+                            "border-radius: 3px;}QPushButton:pressed {   "
+                            "background-color: #1b1e23;}"));
+    QVERIFY(!button.glow->isEnabled());
+    QCOMPARE(button.glow->color(), QColor(accent));
+
+    button.setOn(true);
+    QCOMPARE(button.styleSheet(),
+             QStringLiteral("QPushButton {   color: ") + accent +
+                 QStringLiteral(";   background-color: #1b1e23;   border-radius: 3px;}"
+                                "QPushButton:pressed {   background-color: #1b1e23;}"));
+    QVERIFY(button.glow->isEnabled());
+    QCOMPARE(button.glow->color(), QColor(accent));
+}
+
+void ButtonTest::applyStyleFollowsTheMembers()
+{
+    Button button(QStringLiteral("MIC"));
+    button.borderRadius = 12;
+    button.offTextColor = QStringLiteral("red");
+    button.offBackground = QStringLiteral("rgb(1, 2, 3)");
+    button.glowColor = QStringLiteral("#123456");
+    button.applyStyle();
+    QCOMPARE(button.styleSheet(),
+             QStringLiteral("QPushButton {   color: red;   background-color: rgb(1, 2, 3);   "
+                            "border-radius: 12px;}QPushButton:pressed {   "
+                            "background-color: rgb(1, 2, 3);}"));
+    QCOMPARE(button.glow->color(), QColor(0x12, 0x34, 0x56));
+}
+
+void ButtonTest::clickTogglesAndAnnouncesTwice()
+{
+    Button button(QStringLiteral("20dB"));
+    dressForPanel(button, QStringLiteral("#ff7f00"));
+    QSignalSpy spy(&button, &Button::pressed);
+
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QCOMPARE(states(spy), (QList<bool>{true, true}));
+    QVERIFY(button.on);
+    QVERIFY(button.glow->isEnabled());
+    QVERIFY(button.styleSheet().contains(QStringLiteral("   color: #ff7f00;")));
+
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QCOMPARE(states(spy), (QList<bool>{false, false}));
+    QVERIFY(!button.on);
+    QVERIFY(!button.glow->isEnabled());
+    QVERIFY(button.styleSheet().contains(QStringLiteral("   color: #8a95aa;")));
+}
+
+void ButtonTest::announcedAfterTheStyle()
+{
+    Button button(QStringLiteral("20dB"));
+    dressForPanel(button, QStringLiteral("#ff7f00"));
+    QStringList seen;
+    connect(&button, &Button::pressed, &button, [&](bool status) {
+        QCOMPARE(button.on, status);
+        QCOMPARE(button.glow->isEnabled(), status);
+        seen.append(button.styleSheet().section(QLatin1Char(';'), 0, 0));
+    });
+    QTest::mousePress(&button, Qt::LeftButton);
+    button.setOn(false);
+    const QString lit = QStringLiteral("QPushButton {   color: #ff7f00");
+    QCOMPARE(seen, (QStringList{lit, lit, QStringLiteral("QPushButton {   color: #8a95aa")}));
+}
+
+void ButtonTest::setOnAnnouncesOnce_data()
+{
+    QTest::addColumn<bool>("before");
+    QTest::addColumn<bool>("after");
+
+    QTest::newRow("off to on") << false << true;
+    QTest::newRow("on to on") << true << true;
+    QTest::newRow("on to off") << true << false;
+    QTest::newRow("off to off") << false << false;
+}
+
+void ButtonTest::setOnAnnouncesOnce()
+{
+    QFETCH(const bool, before);
+    QFETCH(const bool, after);
+
+    Button button(QStringLiteral("DIM"));
+    button.setOn(before);
+    QSignalSpy spy(&button, &Button::pressed);
+    button.setOn(after);
+    QCOMPARE(states(spy), QList<bool>{after});
+    QCOMPARE(button.on, after);
+    QCOMPARE(button.glow->isEnabled(), after);
+    QVERIFY(button.styleSheet().contains(after ? QStringLiteral("   color: #000000;")
+                                               : QStringLiteral("   color: #00ff7f;")));
+}
+
+void ButtonTest::ctrlClick()
+{
+    Button button(QStringLiteral("MUTE"));
+    QSignalSpy spy(&button, &Button::pressed);
+    QTest::mouseClick(&button, Qt::LeftButton, Qt::ControlModifier);
+    QCOMPARE(states(spy), (QList<bool>{true, true}));
+}
+
+void ButtonTest::ctrlClickIgnored()
+{
+    Button button(QStringLiteral("MUTE"));
+    button.ignoreCtrlClick = true;
+    QSignalSpy spy(&button, &Button::pressed);
+    QTest::mouseClick(&button, Qt::LeftButton, Qt::ControlModifier);
+    QTest::mouseClick(&button, Qt::LeftButton, Qt::ControlModifier | Qt::AltModifier);
+    QCOMPARE(states(spy), QList<bool>{});
+    QVERIFY(!button.on);
+    QCOMPARE(button.styleSheet(), QString());
+
+    QTest::mouseClick(&button, Qt::LeftButton, Qt::ShiftModifier);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QCOMPARE(states(spy), (QList<bool>{true, true, false, false}));
+}
+
+void ButtonTest::otherButtonsOfTheMouse()
+{
+    Button button(QStringLiteral("MUTE"));
+    QSignalSpy spy(&button, &Button::pressed);
+    QTest::mouseClick(&button, Qt::RightButton);
+    QCOMPARE(states(spy), (QList<bool>{true, true}));
+}
+
+void ButtonTest::silentOnEverythingElse()
+{
+    Button button(QStringLiteral("MUTE"));
+    const QSignalSpy selected(&button, &Button::selected);
+    const QSignalSpy clicked(&button, &QAbstractButton::clicked);
+    const QSignalSpy toggled(&button, &QAbstractButton::toggled);
+    const QSignalSpy pressedByQt(&button, &QAbstractButton::pressed);
+    const QSignalSpy released(&button, &QAbstractButton::released);
+    QVERIFY(selected.isValid() && clicked.isValid() && toggled.isValid());
+    QVERIFY(pressedByQt.isValid() && released.isValid());
+
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::mouseDClick(&button, Qt::LeftButton);
+    button.setOn(true);
+    button.setOn(false);
+    QCOMPARE(selected.count(), 0);
+    QCOMPARE(clicked.count(), 0);
+    QCOMPARE(toggled.count(), 0);
+    QCOMPARE(pressedByQt.count(), 0);
+    QCOMPARE(released.count(), 0);
+}
+
+void ButtonTest::releaseDoesNothing()
+{
+    Button button(QStringLiteral("MUTE"));
+    QTest::mousePress(&button, Qt::LeftButton);
+    QVERIFY(button.on);
+    QVERIFY(!button.isDown());
+    QSignalSpy spy(&button, &Button::pressed);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    QVERIFY(button.on);
+    QCOMPARE(states(spy), QList<bool>{});
+}
+
+void ButtonTest::leavingClearsHovered()
+{
+    Button button(QStringLiteral("MUTE"));
+    button.hovered = true;
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&button, &leave);
+    QVERIFY(!button.hovered);
+}
+
+void ButtonTest::setShadow()
+{
+    Button button(QStringLiteral("MUTE"));
+    button.resize(80, 40);
+    button.glowColor = QStringLiteral("#ff1111");
+    button.setShadow(true, 0.5);
+    QCOMPARE(button.glow->blurRadius(), 40.0);
+    QCOMPARE(button.glow->offset(), QPointF(0, 0));
+    QCOMPARE(button.glow->color(), QColor(0xff, 0x11, 0x11));
+    QCOMPARE(button.graphicsEffect(), button.glow);
+    QVERIFY(!button.glow->isEnabled());
+}
+
+void ButtonTest::setShadowOffDoesNothing()
+{
+    Button button(QStringLiteral("MUTE"));
+    const double radius = button.glow->blurRadius();
+    button.resize(80, 40);
+    button.glowColor = QStringLiteral("#ff1111");
+    button.setShadow(false, 0.5);
+    QCOMPARE(button.glow->blurRadius(), radius);
+    QCOMPARE(button.glow->color(), QColor(0x00, 0xff, 0x7f));
+}
+
+QUORVEL_TEST_MAIN(ButtonTest)
+
+#include "button_test.moc"

@@ -1,0 +1,297 @@
+#include "support/test_main.h"
+#include "unit/controls/knob_stage.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+#include <limits>
+
+namespace {
+
+constexpr int lowest = std::numeric_limits<int>::min();
+constexpr int highest = std::numeric_limits<int>::max();
+
+} // namespace
+
+class KnobEditorTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void opensWithTheDisplayedNumber_data();
+    void opensWithTheDisplayedNumber();
+    void opensFocusedAndSelected();
+    void geometry_data();
+    void geometry();
+    void readableOnTheCap();
+    void typedInput_data();
+    void typedInput();
+    void typedWithTheKeyboard_data();
+    void typedWithTheKeyboard();
+    void leavingTheEditorFinishes_data();
+    void leavingTheEditorFinishes();
+    void finishedFromOutsideTakesTheInputOnce();
+    void extremeNumbers_data();
+    void extremeNumbers();
+
+private:
+    static bool openEditor(KnobStage& stage);
+};
+
+bool KnobEditorTest::openEditor(KnobStage& stage)
+{
+    stage.doubleClick(stage.knob.textRect.center());
+    return stage.knob.editor->isVisible() && stage.knob.editor->hasFocus();
+}
+
+void KnobEditorTest::opensWithTheDisplayedNumber_data()
+{
+    QTest::addColumn<int>("value");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("plain") << -20 << 0 << QStringLiteral("-20");
+    QTest::newRow("offset") << 1 << 9 << QStringLiteral("10");
+    // Printed as 0, but edited as what it stands for.
+    QTest::newRow("zero with offset") << 0 << 9 << QStringLiteral("9");
+    QTest::newRow("beyond an int") << 6 << highest << QStringLiteral("2147483653");
+}
+
+void KnobEditorTest::opensWithTheDisplayedNumber()
+{
+    QFETCH(const int, value);
+    QFETCH(const int, offset);
+    QFETCH(const QString, text);
+
+    KnobStage stage;
+    stage.knob.value = value;
+    stage.knob.displayOffset = offset;
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    QCOMPARE(stage.knob.editor->text(), text);
+}
+
+void KnobEditorTest::opensFocusedAndSelected()
+{
+    KnobStage stage;
+    QVERIFY(stage.show());
+    stage.neighbour.setFocus();
+    QVERIFY(openEditor(stage));
+    QCOMPARE(stage.window.focusWidget(), stage.knob.editor);
+    QCOMPARE(stage.knob.editor->selectedText(), QStringLiteral("-80"));
+}
+
+void KnobEditorTest::geometry_data()
+{
+    QTest::addColumn<QRect>("text");
+    QTest::addColumn<QRect>("editor");
+
+    QTest::newRow("both shrink") << QRect(10, 20, 101, 41) << QRect(12, 21, 97, 39);
+    QTest::newRow("exactly one pixel") << QRect(10, 20, 40, 40) << QRect(11, 21, 38, 38);
+    QTest::newRow("just too small") << QRect(10, 20, 39, 39) << QRect(10, 20, 39, 39);
+    QTest::newRow("two and almost three") << QRect(0, 0, 80, 119) << QRect(2, 2, 76, 115);
+}
+
+void KnobEditorTest::geometry()
+{
+    QFETCH(const QRect, text);
+    QFETCH(const QRect, editor);
+
+    KnobStage stage;
+    QVERIFY(stage.show());
+    stage.knob.textRect = text;
+    stage.doubleClick(text.center());
+    QCOMPARE(stage.knob.editor->geometry(), editor);
+}
+
+void KnobEditorTest::readableOnTheCap()
+{
+    KnobStage stage;
+    stage.knob.textColor = QColor(0x00, 0xff, 0x7f);
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    const QPalette colors = stage.knob.editor->palette();
+    QCOMPARE(colors.color(QPalette::Text), QColor(0x00, 0xff, 0x7f));
+    QCOMPARE(colors.color(QPalette::Base), QColor(0x1b, 0x1e, 0x23));
+    QVERIFY(!stage.knob.editor->hasFrame());
+    QVERIFY(stage.knob.editor->height() >= stage.knob.editor->fontMetrics().height() - 2);
+}
+
+void KnobEditorTest::typedInput_data()
+{
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected");
+
+    const auto row = [](const char* name, int start, int offset, const char* text, int expected) {
+        QTest::newRow(name) << start << offset << QString::fromLatin1(text) << expected;
+    };
+    row("number", -20, 0, "-12", -12);
+    row("number and unit", -20, 0, "-12dB", -12);
+    row("positive", -20, 0, "5", 5);
+    row("positive and unit", -20, 0, "5dB", 5);
+    row("blank before the unit", -20, 0, "5 dB", 5);
+    row("plus sign", -20, 0, "+5", 5);
+    row("above the maximum", -20, 0, "999", 6);
+    row("below the minimum", -20, 0, "-5000", -80);
+    row("wrong case", -20, 0, "5 db", -20);
+    row("unit twice", -20, 0, "5dBdB", -20);
+    row("unit alone", -20, 0, "dB", -20);
+    row("unit first", -20, 0, "dB5", -20);
+    row("empty", -20, 0, "", -20);
+    row("words", -20, 0, "loud", -20);
+    row("fraction", -20, 0, "5.5", -20);
+    row("hexadecimal", -20, 0, "0x5", -20);
+    row("leading zero is decimal", -80, 0, "-010", -10);
+    row("group separator", -20, 0, "1,000", -20);
+    row("highest int", -20, 0, "2147483647", 6);
+    row("past the highest int", -20, 0, "2147483648", -20);
+    row("lowest int", -20, 0, "-2147483648", -80);
+    row("past the lowest int", -20, 0, "-2147483649", -20);
+    row("very long", -20, 0, "99999999999999999999999999", -20);
+    row("offset", -20, 9, "10", 1);
+    row("offset and unit", -20, 9, "10dB", 1);
+    row("offset, rejected", -20, 9, "loud", -29);
+    row("offset, rejected near the minimum", -75, 9, "", -80);
+    row("offset, lowest int", -20, 9, "-2147483648", -80);
+    row("negative offset, highest int", -20, -9, "2147483647", 6);
+}
+
+void KnobEditorTest::typedInput()
+{
+    QFETCH(const int, start);
+    QFETCH(const int, offset);
+    QFETCH(const QString, text);
+    QFETCH(const int, expected);
+
+    KnobStage stage;
+    QVERIFY(stage.show());
+    stage.knob.value = start;
+    stage.knob.displayOffset = offset;
+    QVERIFY(openEditor(stage));
+    stage.knob.editor->setText(text);
+    QTest::keyClick(stage.knob.editor, Qt::Key_Return);
+    QCOMPARE(stage.knob.value, expected);
+    QCOMPARE(stage.announced(), QList<int>{expected});
+    QVERIFY(stage.knob.editor->isHidden());
+}
+
+void KnobEditorTest::typedWithTheKeyboard_data()
+{
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("number") << QStringLiteral("12") << 0 << 12;
+    QTest::newRow("number and unit") << QStringLiteral("12dB") << 0 << 12;
+    QTest::newRow("wrong case") << QStringLiteral("12 db") << 0 << 30;
+    QTest::newRow("above the maximum") << QStringLiteral("999") << 0 << 42;
+    QTest::newRow("negative") << QStringLiteral("-5dB") << 0 << 0;
+    QTest::newRow("offset") << QStringLiteral("20") << 9 << 11;
+    QTest::newRow("offset, rejected") << QStringLiteral("x") << 9 << 21;
+}
+
+void KnobEditorTest::typedWithTheKeyboard()
+{
+    QFETCH(const QString, keys);
+    QFETCH(const int, offset);
+    QFETCH(const int, expected);
+
+    KnobStage stage;
+    stage.knob.minimum = 0;
+    stage.knob.maximum = 42;
+    stage.knob.value = 30;
+    stage.knob.displayOffset = offset;
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    QTest::keyClicks(stage.knob.editor, keys);
+    QCOMPARE(stage.knob.editor->text(), keys);
+    QTest::keyClick(stage.knob.editor, Qt::Key_Enter);
+    QCOMPARE(stage.knob.value, expected);
+    QCOMPARE(stage.announced(), QList<int>{expected});
+    QVERIFY(stage.knob.editor->isHidden());
+}
+
+void KnobEditorTest::leavingTheEditorFinishes_data()
+{
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("number") << QStringLiteral("-11") << -20;
+    QTest::newRow("rejected") << QStringLiteral("x") << -39;
+}
+
+void KnobEditorTest::leavingTheEditorFinishes()
+{
+    QFETCH(const QString, keys);
+    QFETCH(const int, expected);
+
+    KnobStage stage;
+    stage.knob.value = -30;
+    stage.knob.displayOffset = 9;
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    QTest::keyClicks(stage.knob.editor, keys);
+    stage.neighbour.setFocus(Qt::TabFocusReason);
+    QCOMPARE(stage.announced(), QList<int>{expected});
+    QVERIFY(stage.knob.editor->isHidden());
+
+    // A second visit works the same way.
+    QVERIFY(openEditor(stage));
+    QTest::keyClicks(stage.knob.editor, QStringLiteral("-21"));
+    stage.neighbour.setFocus(Qt::TabFocusReason);
+    QCOMPARE(stage.announced(), QList<int>{-30});
+}
+
+void KnobEditorTest::finishedFromOutsideTakesTheInputOnce()
+{
+    // The editor still has the focus here, and loses it by being hidden.
+    KnobStage stage;
+    stage.knob.displayOffset = 9;
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    QTest::keyClicks(stage.knob.editor, QStringLiteral("-11"));
+    stage.knob.finishEdit();
+    QCOMPARE(stage.announced(), QList<int>{-20});
+    QVERIFY(stage.knob.editor->isHidden());
+}
+
+void KnobEditorTest::extremeNumbers_data()
+{
+    QTest::addColumn<int>("minimum");
+    QTest::addColumn<int>("maximum");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("lowest minus highest")
+        << lowest << highest << highest << QString::number(lowest) << lowest;
+    QTest::newRow("highest minus lowest")
+        << lowest << highest << lowest << QString::number(highest) << highest;
+    QTest::newRow("zero minus lowest")
+        << lowest << highest << lowest << QStringLiteral("0") << highest;
+    QTest::newRow("lowest minus lowest")
+        << lowest << highest << lowest << QString::number(lowest) << 0;
+}
+
+void KnobEditorTest::extremeNumbers()
+{
+    QFETCH(const int, minimum);
+    QFETCH(const int, maximum);
+    QFETCH(const int, offset);
+    QFETCH(const QString, text);
+    QFETCH(const int, expected);
+
+    KnobStage stage;
+    stage.knob.minimum = minimum;
+    stage.knob.maximum = maximum;
+    stage.knob.displayOffset = offset;
+    stage.knob.editor->setText(text);
+    stage.knob.finishEdit();
+    QCOMPARE(stage.announced(), QList<int>{expected});
+}
+
+QUORVEL_TEST_MAIN(KnobEditorTest)
+
+#include "knob_editor_test.moc"
