@@ -1,0 +1,253 @@
+#include "settings/settings.h"
+#include "shell/main_window.h"
+#include "shell/tray_icon.h"
+#include "support/debug_log.h"
+#include "support/simulated_interface.h"
+#include "support/stream_capture.h"
+#include "support/test_main.h"
+#include "support/trace_text.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMetaMethod>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <iostream>
+
+class TrayIconTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { simulated.control().reset(); }
+    void menu_data();
+    void menu();
+    void slotOrder();
+    void quitOnLastWindowClosedIsOff();
+    void showMainWindow();
+    void clicks_data();
+    void clicks();
+    void mainWindowEntryShowsAMinimisedWindow();
+    void setupEntry();
+    void missingWindowsWarn_data();
+    void missingWindowsWarn();
+    void nullMainWindowIsNotTakenOver();
+    void upgrade();
+    void upgradeWithoutDevice();
+    void quitWhileWindowsAreOpen();
+    void trayIconFile();
+
+private:
+    static QAction* entry(const TrayIcon& tray, const char* text);
+
+    SimulatedInterface simulated;
+    StreamCapture<wchar_t> output{std::wcout};
+};
+
+QAction* TrayIconTest::entry(const TrayIcon& tray, const char* text)
+{
+    const auto actions = tray.contextMenu()->actions();
+    for (QAction* action : actions) {
+        if (action->text() == QLatin1String(text))
+            return action;
+    }
+    qFatal("no menu entry %s", text);
+}
+
+void TrayIconTest::menu_data()
+{
+    QTest::addColumn<int>("position");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("1") << 0 << "V20251009" << false;
+    QTest::newRow("2") << 1 << "Quit" << true;
+    QTest::newRow("3") << 2 << QString() << true;
+    QTest::newRow("4") << 3 << "Setup" << true;
+    QTest::newRow("5") << 4 << "Main Window" << true;
+    QTest::newRow("6") << 5 << "Upgrade Firmware" << true;
+    QTest::newRow("7") << 6 << "Refresh Audio Device" << true;
+    QTest::newRow("8") << 7 << "Win Sound Pannel" << true;
+    QTest::newRow("9") << 8 << QString() << true;
+    QTest::newRow("10") << 9 << QString() << true;
+}
+
+void TrayIconTest::menu()
+{
+    QFETCH(int, position);
+    QFETCH(QString, text);
+    QFETCH(bool, enabled);
+    const TrayIcon tray;
+    const QAction* action = tray.contextMenu()->actions().value(position);
+    QVERIFY(action != nullptr);
+    QCOMPARE(tray.contextMenu()->actions().size(), 10);
+    QCOMPARE(action->isSeparator(), text.isEmpty());
+    if (!text.isEmpty()) {
+        QCOMPARE(action->text(), text);
+        QCOMPARE(action->isEnabled(), enabled);
+        QCOMPARE(action->parent(), &tray);
+    }
+}
+
+void TrayIconTest::slotOrder()
+{
+    const QMetaObject& meta = TrayIcon::staticMetaObject;
+    QStringList own;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        own.append(QString::fromLatin1(meta.method(i).name()));
+    QCOMPARE(own, (QStringList{"showSettings", "clickCallback", "openSoundPannel",
+                               "refreshDeviceList"}));
+}
+
+void TrayIconTest::quitOnLastWindowClosedIsOff()
+{
+    QGuiApplication::setQuitOnLastWindowClosed(true);
+    const TrayIcon tray;
+    QVERIFY(!QGuiApplication::quitOnLastWindowClosed());
+    QVERIFY(!tray.isVisible());
+    QVERIFY(!tray.icon().isNull());
+}
+
+void TrayIconTest::showMainWindow()
+{
+    MainWindow window;
+    TrayIcon tray;
+    tray.setMainWindow(&window);
+    entry(tray, "Main Window")->trigger();
+    QVERIFY(window.isVisible());
+}
+
+void TrayIconTest::clicks_data()
+{
+    QTest::addColumn<int>("reason");
+    QTest::addColumn<bool>("shows");
+    QTest::newRow("unknown") << int{QSystemTrayIcon::Unknown} << false;
+    QTest::newRow("context") << int{QSystemTrayIcon::Context} << false;
+    QTest::newRow("double click") << int{QSystemTrayIcon::DoubleClick} << true;
+    QTest::newRow("trigger") << int{QSystemTrayIcon::Trigger} << true;
+    QTest::newRow("middle click") << int{QSystemTrayIcon::MiddleClick} << false;
+}
+
+void TrayIconTest::clicks()
+{
+    QFETCH(int, reason);
+    QFETCH(bool, shows);
+    MainWindow window;
+    TrayIcon tray;
+    tray.setMainWindow(&window);
+    emit tray.activated(static_cast<QSystemTrayIcon::ActivationReason>(reason));
+    QCOMPARE(window.isVisible(), shows);
+}
+
+void TrayIconTest::mainWindowEntryShowsAMinimisedWindow()
+{
+    MainWindow window;
+    TrayIcon tray;
+    tray.setMainWindow(&window);
+    window.showMinimized();
+    window.hide();
+    entry(tray, "Main Window")->trigger();
+    QVERIFY(window.isVisible());
+    QVERIFY2(window.isMinimized(), "shown as it was, without being restored");
+}
+
+void TrayIconTest::setupEntry()
+{
+    Settings settings;
+    TrayIcon tray;
+    tray.setSettingsWindow(&settings);
+    entry(tray, "Setup")->trigger();
+    QVERIFY(settings.isVisible());
+}
+
+void TrayIconTest::missingWindowsWarn_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("Main Window") << "主窗口未设置，请先设置主窗口。";
+    QTest::newRow("Setup") << "设置窗口未设置，请先设置设置窗口。";
+}
+
+void TrayIconTest::missingWindowsWarn()
+{
+    QFETCH(QString, text);
+    TrayIcon tray;
+    QString title;
+    QString message;
+    qsizetype buttons = 0;
+    QTimer::singleShot(0, this, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr)
+            return;
+        title = box->windowTitle();
+        message = box->text();
+        buttons = box->buttons().size();
+        QVERIFY(box->parent() == nullptr);
+        QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+    });
+    entry(tray, QTest::currentDataTag())->trigger();
+    QCOMPARE(title, QString("警告"));
+    QCOMPARE(message, text);
+    QCOMPARE(buttons, 1);
+}
+
+void TrayIconTest::nullMainWindowIsNotTakenOver()
+{
+    MainWindow window;
+    TrayIcon tray;
+    tray.setMainWindow(&window);
+    tray.setMainWindow(nullptr);
+    tray.showMainWindow();
+    QVERIFY(window.isVisible());
+}
+
+void TrayIconTest::upgrade()
+{
+    simulated.control().plug(SimulatorControl::ka1);
+    TrayIcon tray;
+    DebugLog log;
+    entry(tray, "Upgrade Firmware")->trigger();
+    QCOMPARE(simulated.takeTrace(), QStringList{TraceText::command(1, "01 60")});
+    QCOMPARE(simulated.openHandles(), 0);
+    QCOMPARE(log.take(), QStringList());
+}
+
+void TrayIconTest::upgradeWithoutDevice()
+{
+    TrayIcon tray;
+    DebugLog log;
+    entry(tray, "Upgrade Firmware")->trigger();
+    QCOMPARE(log.take(), QStringList{"Failed to create device in ka1."});
+}
+
+void TrayIconTest::quitWhileWindowsAreOpen()
+{
+    Settings settings;
+    MainWindow window;
+    window.settings = &settings;
+    TrayIcon tray;
+    settings.show();
+    window.show();
+    bool timedOut = false;
+    QTimer::singleShot(5000, this, [&timedOut] {
+        timedOut = true;
+        QCoreApplication::exit(1);
+    });
+    QTimer::singleShot(0, this, [&tray] { entry(tray, "Quit")->trigger(); });
+    QCOMPARE(QApplication::exec(), 0);
+    QVERIFY(!timedOut);
+}
+
+void TrayIconTest::trayIconFile()
+{
+    TrayIcon tray;
+    tray.setTrayIcon("/nowhere/icon.png");
+    QCOMPARE(tray.toolTip(), QString());
+    tray.setTrayIcon(QCoreApplication::applicationFilePath());
+    QCOMPARE(tray.toolTip(), QString("Application Tray"));
+}
+
+QUORVEL_TEST_MAIN(TrayIconTest)
+#include "tray_icon_test.moc"
