@@ -2,7 +2,8 @@
 set(QUORVEL_SANITIZE "" CACHE STRING "Sanitizer to build with: empty, address or thread")
 
 if(QUORVEL_SANITIZE STREQUAL "address")
-    set(sanitizer_flags -fsanitize=address,undefined -fno-sanitize-recover=all
+    set(sanitizer_flags -fsanitize=address,undefined,float-cast-overflow
+        -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
 elseif(QUORVEL_SANITIZE STREQUAL "thread")
     set(sanitizer_flags -fsanitize=thread -fno-omit-frame-pointer)

@@ -64,14 +64,14 @@ void ka1::createControls()
 {
     micKnob = gainKnob(42, 0, this);
     micMeter = readOut();
-    instButton = button(tr("MIC"), micAccent, this);
-    padButton = button(tr("20dB"), padAccent, this);
-    phantomButton = button(tr("48V"), phantomAccent, this);
-    micDirect = button(tr("DIRECT"), outputAccent, this);
+    instButton = button(tr("MIC"), micAccent);
+    padButton = button(tr("20dB"), padAccent);
+    phantomButton = button(tr("48V"), phantomAccent);
+    micDirect = button(tr("DIRECT"), outputAccent);
 
     headphoneKnob = volumeKnob(this);
-    headphoneMute = outputButton(tr("MUTE"), 10, this);
-    headphoneDim = outputButton(tr("DIM"), 10, this);
+    headphoneMute = outputButton(tr("MUTE"), 10);
+    headphoneDim = outputButton(tr("DIM"), 10);
     otgToHpKnob = phoneKnob(this);
     otgHpMeter = readOut();
 }

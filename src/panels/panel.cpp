@@ -39,6 +39,14 @@ Panel::Panel(PanelModel model, QWidget* parent)
 {
 }
 
+Panel::~Panel()
+{
+    // The controls outlive the link: an editor that loses its focus on the way out must not reach
+    // for the device or the file any more.
+    for (const Restorer& restorer : restorers)
+        restorer.control->blockSignals(true);
+}
+
 void Panel::bindKnob(Knob* knob, const char* key, int missing, std::function<void(int)> handler)
 {
     connect(knob, &Knob::valueChangedSig, this,
@@ -122,12 +130,14 @@ void Panel::bindOutput(const OutputTraits& traits, Knob* volume, Button* mute, B
 
 void Panel::remember(Knob* knob, const char* key, int missing)
 {
+    knob->setObjectName(QLatin1String(key));
     restorers.append(
         {knob, [this, knob, key, missing] { knob->setValue(link.storedNumber(key, missing)); }});
 }
 
 void Panel::remember(Button* button, const char* key)
 {
+    button->setObjectName(QLatin1String(key));
     restorers.append({button, [this, button, key] { button->setOn(link.storedSwitch(key)); }});
 }
 

@@ -29,6 +29,8 @@ struct SwitchTexts
 class Panel : public QWidget
 {
 public:
+    ~Panel() override;
+
     /// Makes the INI file current. Every handler has already done so for its own key.
     void saveState() { link.save(); }
 
@@ -69,10 +71,11 @@ protected:
 private:
     struct Restorer
     {
-        const QWidget* control;
+        QWidget* control;
         std::function<void()> restore;
     };
 
+    /// Notes how restoreState() brings the control back and names the control after its key.
     void remember(Knob* knob, const char* key, int missing);
     void remember(Button* button, const char* key);
     void updateMeters();

@@ -76,9 +76,10 @@ Knob* PanelWidgets::phoneKnob(QWidget* parent)
     return knob;
 }
 
-Button* PanelWidgets::button(const QString& text, const char* accent, QWidget* parent)
+Button* PanelWidgets::button(const QString& text, const char* accent)
 {
-    auto* made = new Button(text, parent);
+    // Without a parent, so that the glow is sized after a window's default width: visible.
+    auto* made = new Button(text, nullptr);
     made->styleInt = 10;
     made->onTextColor = QLatin1String(accent);
     made->offTextColor = QStringLiteral("#8a95aa");
@@ -91,9 +92,9 @@ Button* PanelWidgets::button(const QString& text, const char* accent, QWidget* p
     return made;
 }
 
-Button* PanelWidgets::outputButton(const QString& text, int styleInt, QWidget* parent)
+Button* PanelWidgets::outputButton(const QString& text, int styleInt)
 {
-    Button* made = button(text, outputAccent, parent);
+    Button* made = button(text, outputAccent);
     made->styleInt = styleInt;
     made->setMinimumHeight(40);
     return made;

@@ -36,9 +36,10 @@ Knob* volumeKnob(QWidget* parent);
 /// The small knob of the phone's level, -80 dB to 6 dB.
 Knob* phoneKnob(QWidget* parent);
 
-Button* button(const QString& text, const char* accent, QWidget* parent);
+/// Without a parent until a layout takes it over.
+Button* button(const QString& text, const char* accent);
 /// The tall MUTE and DIM buttons of an output.
-Button* outputButton(const QString& text, int styleInt, QWidget* parent);
+Button* outputButton(const QString& text, int styleInt);
 
 /// The vertical line between inputs and outputs.
 QFrame* separator(QWidget* parent);
