@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <QPoint>
+#include <QRect>
+#include <QString>
+
+#include <optional>
+
+/// A window of some program on the display. The rectangle is the client area, in screen pixels.
+struct DesktopWindow
+{
+    QString id;
+    QRect area;
+};
+
+/// Hands and eyes of a user: real mouse and keyboard input on the X display that DISPLAY names,
+/// and pictures of it. Needs the commands xdotool and xwininfo and a QGuiApplication on that
+/// display. The functions that act return false when the command for it failed.
+class Desktop
+{
+public:
+    enum class MouseButton { Left = 1, Middle = 2, Right = 3 };
+
+    /// Visible windows whose title matches the (extended, case-insensitive) regular expression.
+    static QList<DesktopWindow> windows(const QString& titlePattern);
+
+    /// The first such window, waited for up to ten seconds.
+    static std::optional<DesktopWindow> waitForWindow(const QString& titlePattern);
+
+    /// Waits up to ten seconds until no such window is visible.
+    static bool waitForNoWindow(const QString& titlePattern);
+
+    /// The icons in the notification area, in screen pixels.
+    static QList<QRect> trayIcons();
+
+    /// The first icon, waited for up to ten seconds.
+    static std::optional<QRect> waitForTrayIcon();
+
+    /// Waits half a second first, so that two clicks never become a double click.
+    static bool click(QPoint place, MouseButton button = MouseButton::Left);
+    static bool controlClick(QPoint place);
+    static bool doubleClick(QPoint place);
+    /// Turns the wheel over the place: notches above 0 away from the user.
+    static bool wheel(QPoint place, int notches);
+    /// Moves the pointer with the left button held, in steps of at most `step` pixels.
+    static bool drag(QPoint from, QPoint to, int step = 1);
+    /// Presses and releases a key, named as in X ("Return", "alt+F4").
+    static bool key(const QString& name);
+    static bool type(const QString& text);
+    /// Puts the window in front and gives it the keyboard.
+    static bool activate(const DesktopWindow& window);
+
+    /// What is on the screen.
+    static QImage picture(QRect area);
+};

@@ -1,0 +1,77 @@
+#include "system/desktop/panel_session.h"
+
+#include "system/desktop/tool.h"
+#include "system/desktop/wait_until.h"
+
+#include <QFile>
+#include <QSettings>
+
+#include <cstdio>
+
+using namespace std::chrono_literals;
+
+PanelSession::PanelSession()
+    : program(qEnvironmentVariable("QUORVEL_PROGRAM",
+                                   besideThisProgram(QStringLiteral("QuorvelDriver"))))
+    , tool(sessionFolder.environment())
+{
+}
+
+bool PanelSession::startSimulator()
+{
+    simulatorProgram = std::make_unique<ChildProgram>(
+        QStringList{besideThisProgram(QStringLiteral("quorvel-simulator"))},
+        sessionFolder.environment(), sessionFolder.path(QStringLiteral("simulator")));
+    return waitUntil(
+        [this] { return simulatorProgram->outputLines().contains(QStringLiteral("ready")); }, 10s);
+}
+
+bool PanelSession::startPanel()
+{
+    panelProgram = std::make_unique<ChildProgram>(panelCommand(), sessionFolder.environment(),
+                                                  sessionFolder.path(QStringLiteral("panel")));
+    return panelProgram->waitForLine(QStringLiteral("Settings dialog created."));
+}
+
+void PanelSession::printPanelLines() const
+{
+    if (panelProgram == nullptr)
+        return;
+    std::fputs("The panel's debug lines:\n", stderr);
+    for (const QString& line : panelProgram->debugLines())
+        std::fprintf(stderr, "    %s\n", qUtf8Printable(line));
+}
+
+std::unique_ptr<ChildProgram> PanelSession::startCopy()
+{
+    return std::make_unique<ChildProgram>(
+        panelCommand(), sessionFolder.environment(),
+        sessionFolder.path(QStringLiteral("copy-%1").arg(++copies)));
+}
+
+QString PanelSession::storedValue(const QString& fileName, const QString& key) const
+{
+    const QSettings settings(sessionFolder.settingsFile(fileName), QSettings::IniFormat);
+    return settings.value(key).toString();
+}
+
+std::optional<DesktopWindow> PanelSession::openMainWindow()
+{
+    const auto icon = Desktop::waitForTrayIcon();
+    if (!icon || !Desktop::click(icon->center()))
+        return std::nullopt;
+    return Desktop::waitForWindow(QStringLiteral("^Quorvel "));
+}
+
+QImage PanelSession::pictureOf(const DesktopWindow& window)
+{
+    return Desktop::picture(window.area);
+}
+
+QStringList PanelSession::panelCommand() const
+{
+    QStringList command =
+        QProcess::splitCommand(qEnvironmentVariable("QUORVEL_LAUNCHER", QString()));
+    command << program;
+    return command;
+}

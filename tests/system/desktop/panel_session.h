@@ -1,0 +1,57 @@
+#pragma once
+
+#include "system/desktop/child_program.h"
+#include "system/desktop/desktop.h"
+#include "system/desktop/session_folder.h"
+#include "system/desktop/simulator_tool.h"
+
+#include <memory>
+
+/// The real panel with a simulated interface, seen from outside.
+///
+/// QUORVEL_PROGRAM names another program than the QuorvelDriver beside this one, and
+/// QUORVEL_LAUNCHER a command to start it with ("wine").
+class PanelSession
+{
+public:
+    PanelSession();
+
+    SessionFolder& folder() { return sessionFolder; }
+
+    /// Starts the simulator, nothing plugged in, and waits until it answers.
+    bool startSimulator();
+    const SimulatorTool& simulator() const { return tool; }
+
+    /// Starts the panel and waits for the debug line of its first settled step.
+    bool startPanel();
+    ChildProgram& panel() { return *panelProgram; }
+
+    /// Starts this program instead, from now on.
+    void setProgram(const QString& fileName) { program = fileName; }
+    QString programFile() const { return program; }
+
+    /// Shows the debug lines of a panel that was started, on standard error.
+    void printPanelLines() const;
+
+    /// Starts a further copy in the same session.
+    std::unique_ptr<ChildProgram> startCopy();
+
+    /// The value stored in one of the panel's settings files; empty when there is none.
+    QString storedValue(const QString& fileName, const QString& key) const;
+
+    /// Opens the main window by a click on the tray icon.
+    std::optional<DesktopWindow> openMainWindow();
+
+    /// What the window shows now.
+    static QImage pictureOf(const DesktopWindow& window);
+
+private:
+    QStringList panelCommand() const;
+
+    QString program;
+    SessionFolder sessionFolder;
+    SimulatorTool tool;
+    std::unique_ptr<ChildProgram> simulatorProgram;
+    std::unique_ptr<ChildProgram> panelProgram;
+    int copies = 0;
+};

@@ -1,0 +1,103 @@
+#include "system/desktop/simulator_tool.h"
+
+#include "system/desktop/tool.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+constexpr quint32 commandCode = 0xFFDC209C;
+
+/// A line as the tool prints it: "h1 FFDC209C in=01 07 00 out=0", refused ones end in " error=N".
+TracedRequest parsed(const QString& line)
+{
+    static const QRegularExpression form(
+        QStringLiteral("^h\\d+ ([0-9A-F]{8}) (?:in=((?:[0-9A-F]{2} ?)*))?"));
+    const QRegularExpressionMatch match = form.match(line);
+    return {match.captured(1).toUInt(nullptr, 16),
+            QByteArray::fromHex(match.captured(2).toLatin1()),
+            !line.contains(QStringLiteral(" error="))};
+}
+
+} // namespace
+
+SimulatorTool::SimulatorTool(const QProcessEnvironment& environment)
+    : variables(environment)
+{
+}
+
+bool SimulatorTool::plug(const QString& model) const
+{
+    return run({QStringLiteral("plug"), model}).has_value();
+}
+
+bool SimulatorTool::unplug() const
+{
+    return run({QStringLiteral("unplug")}).has_value();
+}
+
+bool SimulatorTool::reset() const
+{
+    return run({QStringLiteral("reset")}).has_value();
+}
+
+bool SimulatorTool::moveLevels() const
+{
+    return run({QStringLiteral("levels-moving"), QStringLiteral("on")}).has_value();
+}
+
+bool SimulatorTool::clearTrace() const
+{
+    return run({QStringLiteral("trace"), QStringLiteral("--clear")}).has_value();
+}
+
+std::optional<int> SimulatorTool::openHandles() const
+{
+    const auto text = run({QStringLiteral("handles")});
+    bool isNumber = false;
+    const int handles = text.value_or(QString()).trimmed().toInt(&isNumber);
+    return isNumber ? std::optional(handles) : std::nullopt;
+}
+
+std::optional<double> SimulatorTool::mixerCell(int index) const
+{
+    const auto text = run({QStringLiteral("mixer")});
+    if (!text)
+        return std::nullopt;
+    const QString name = QString::number(index) + QLatin1Char('=');
+    for (const QString& line : text->split(QLatin1Char('\n'))) {
+        if (line.startsWith(name))
+            return line.mid(name.size()).toDouble();
+    }
+    return 0.0;
+}
+
+QList<TracedRequest> SimulatorTool::requests() const
+{
+    QList<TracedRequest> requests;
+    for (const QString& line : traceLines())
+        requests.append(parsed(line));
+    return requests;
+}
+
+QStringList SimulatorTool::packets() const
+{
+    QStringList packets;
+    for (const TracedRequest& request : requests()) {
+        if (request.code == commandCode && request.accepted)
+            packets.append(QString::fromLatin1(request.input.toHex()));
+    }
+    return packets;
+}
+
+QStringList SimulatorTool::traceLines() const
+{
+    return run({QStringLiteral("trace")})
+        .value_or(QString())
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+std::optional<QString> SimulatorTool::run(const QStringList& arguments) const
+{
+    return runTool(besideThisProgram(QStringLiteral("quorvel-simctl")), arguments, variables);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QProcessEnvironment>
+#include <QStringList>
+
+#include <optional>
+
+/// One request that the simulated interface has received.
+struct TracedRequest
+{
+    quint32 code = 0;
+    QByteArray input; ///< its first 40 bytes
+    bool accepted = false;
+};
+
+/// Speaks to the running simulator through the command quorvel-simctl.
+class SimulatorTool
+{
+public:
+    /// The environment tells which simulator.
+    explicit SimulatorTool(const QProcessEnvironment& environment);
+
+    /// Plugs in "ka1", "ka2", "ks" or an interface with another product id at bus 0.
+    bool plug(const QString& model) const;
+    bool unplug() const;
+    /// Unplugs and forgets everything that was received or set.
+    bool reset() const;
+    bool moveLevels() const;
+    bool clearTrace() const;
+
+    /// Handles that programs hold on the device.
+    std::optional<int> openHandles() const;
+
+    /// One cell of the mixer table as the device received it last, to six digits.
+    std::optional<double> mixerCell(int index) const;
+
+    QList<TracedRequest> requests() const;
+
+    /// The command records among the requests, oldest first, as hexadecimal text.
+    QStringList packets() const;
+
+    /// The requests as the tool prints them, one line each.
+    QStringList traceLines() const;
+
+private:
+    std::optional<QString> run(const QStringList& arguments) const;
+
+    QProcessEnvironment variables;
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QImage>
+#include <QRect>
+
+/// The entries of the panel's tray menu that can be chosen, counted from its lower end, which is
+/// where the Up key starts.
+enum class TrayEntry {
+    SoundPanel = 1,
+    RefreshAudioDevice,
+    UpgradeFirmware,
+    MainWindow,
+    Setup,
+    Quit,
+};
+
+/// The context menu of the icon in the notification area.
+class TrayMenu
+{
+public:
+    /// Opens the menu with a right click on the icon and waits until it stands still.
+    bool open();
+
+    /// Where the icon is; valid once opened.
+    QRect iconArea() const { return icon; }
+
+    /// Chooses an entry of the open menu with the arrow keys and waits until the menu is gone.
+    bool choose(TrayEntry entry);
+
+    /// Closes the open menu without choosing anything.
+    bool close();
+
+private:
+    QImage pictureAbove() const;
+    bool waitUntilClosed() const;
+
+    QRect icon;
+    QImage closedPicture;
+};
+
+/// Opens the menu and chooses the entry.
+bool chooseFromTrayMenu(TrayEntry entry);
