@@ -2,6 +2,8 @@
 
 #include "driver/driver_device.h"
 #include "panels/ka1.h"
+#include "panels/ka2.h"
+#include "panels/ks.h"
 #include "settings/settings.h"
 
 #include <QCloseEvent>
@@ -41,6 +43,10 @@ template <typename Model> QWidget* makePanel()
 constexpr std::array deviceModels{
     DeviceModel{1, "Quorvel KA1 - FW: %1%2%3%4%5%6%7%8%9%10", "Adding ka1 widget to layout.",
                 makePanel<ka1>},
+    DeviceModel{2, "Quorvel KA2 - FW: %1%2%3%4%5%6%7%8%9%10", "Adding ka2 widget to layout.",
+                makePanel<ka2>},
+    DeviceModel{15, "Quorvel KS - FW: %1%2%3%4%5%6%7%8%9%10", "Adding ks widget to layout.",
+                makePanel<ks>},
 };
 
 const DeviceModel* findModel(std::uint32_t productId)
