@@ -1,5 +1,7 @@
 #include "settings/settings.h"
 
+#include "asio/asio_reset.h"
+#include "asio/thread_settings_pip.h"
 #include "driver/driver_device.h"
 #include "settings/settings_choices.h"
 
@@ -28,6 +30,7 @@ Settings::Settings()
     setStyleSheet(QStringLiteral("QDialog { background-color: #2c313c; color: white; }"));
     openSettings();
     buildLayout();
+    startPipeThread();
     startUsbErrorTimer();
 }
 
@@ -71,7 +74,7 @@ void Settings::buildLayout()
     auto* ok = new QPushButton(tr("OK"), this);
     ok->setStyleSheet(QStringLiteral("background-color: #008888; color: white; font-size: 14px;"));
     mainLayout->addWidget(ok, 0, Qt::AlignCenter);
-    connect(ok, &QPushButton::clicked, this, &QWidget::hide);
+    connect(ok, &QPushButton::clicked, this, &Settings::notifyAsioReset);
     mainLayout->addStretch();
     mainLayout->setSpacing(15);
 
@@ -94,6 +97,13 @@ QComboBox* Settings::addChoice(const QString& label, const QStringList& items,
     mainLayout->addWidget(combo);
     connect(combo, &QComboBox::currentIndexChanged, this, apply);
     return combo;
+}
+
+void Settings::startPipeThread()
+{
+    auto* thread = new ThreadSettingsPip(this);
+    connect(thread, &ThreadSettingsPip::progressUpdated, this, &Settings::showFromPipe);
+    thread->start(QThread::InheritPriority);
 }
 
 void Settings::startUsbErrorTimer()
@@ -138,6 +148,25 @@ void Settings::updateUsbErrorCount()
     }
     usbErrorLabel->setText(tr("USB Error Count: %1").arg(std::uint32_t{usbStatus.usbErrorCount}));
     usbErrorLabel->show();
+}
+
+void Settings::showFromPipe()
+{
+    setWindowFlag(Qt::WindowStaysOnTopHint);
+    show();
+    if (isMinimized())
+        showNormal();
+    else
+        show();
+    raise();
+    activateWindow();
+    qDebug() << "Received signal from pipe thread to show settings window.";
+}
+
+void Settings::notifyAsioReset()
+{
+    hide();
+    sendAsioReset();
 }
 
 void Settings::store(const char* key, const QString& text)

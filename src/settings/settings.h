@@ -38,6 +38,10 @@ public:
 
 public slots:
     void updateUsbErrorCount();
+    /// Brings the dialog to the front, above all other windows: the ASIO driver asked for it.
+    void showFromPipe();
+    /// Hides the dialog and asks the ASIO driver to take up what was applied.
+    void notifyAsioReset();
     void onBufferSizeChanged(int index);
     void onUsbLatencyChanged(int index);
     void onSampleRateChanged(int index);
@@ -50,6 +54,7 @@ private:
     void buildLayout();
     QComboBox* addChoice(const QString& label, const QStringList& items,
                          void (Settings::*apply)(int));
+    void startPipeThread();
     void startUsbErrorTimer();
     void store(const char* key, const QString& text);
 

@@ -64,10 +64,51 @@ BOOL CloseHandle(HANDLE)
 
 DWORD GetLastError()
 {
-    return 0;
+    return ERROR_INVALID_HANDLE;
 }
 
 void Sleep(DWORD) {}
+
+// There are no pipes.
+HANDLE CreateNamedPipeW(LPCWSTR, DWORD, DWORD, DWORD, DWORD, DWORD, DWORD, LPSECURITY_ATTRIBUTES)
+{
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL ConnectNamedPipe(HANDLE, LPOVERLAPPED)
+{
+    return 0;
+}
+
+BOOL DisconnectNamedPipe(HANDLE)
+{
+    return 0;
+}
+
+BOOL ReadFile(HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED)
+{
+    return 0;
+}
+
+BOOL WriteFile(HANDLE, LPCVOID, DWORD, LPDWORD, LPOVERLAPPED)
+{
+    return 0;
+}
+
+DWORD GetCurrentThreadId()
+{
+    return 0;
+}
+
+HANDLE OpenThread(DWORD, BOOL, DWORD)
+{
+    return nullptr;
+}
+
+BOOL CancelSynchronousIo(HANDLE)
+{
+    return 0;
+}
 
 BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
                      DWORD outputSize, LPDWORD returned, LPOVERLAPPED)

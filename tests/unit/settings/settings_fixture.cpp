@@ -1,5 +1,6 @@
 #include "settings_fixture.h"
 
+#include "support/background_lines.h"
 #include "support/trace_text.h"
 
 #include <QComboBox>
@@ -56,9 +57,7 @@ QStringList SettingsFixture::takeTrace()
 
 QStringList SettingsFixture::takeLog()
 {
-    QStringList lines = log().take();
-    lines.removeAll(QStringLiteral("Failed to read meter data from driver."));
-    return lines;
+    return withoutBackground(log().take());
 }
 
 QString SettingsFixture::stored(const char* key) const

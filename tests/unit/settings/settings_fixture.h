@@ -37,7 +37,7 @@ public:
 
     /// The trace since the last call without the status reads, which come by the clock.
     QStringList takeTrace();
-    /// The log since the last call without the lines of failed status reads.
+    /// The log since the last call without what comes by the clock and from the pipe thread.
     QStringList takeLog();
     QString stored(const char* key) const;
 

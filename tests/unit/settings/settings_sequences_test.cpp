@@ -1,4 +1,5 @@
 #include "settings_fixture.h"
+#include "support/background_lines.h"
 #include "support/test_main.h"
 #include "support/trace_text.h"
 
@@ -175,7 +176,7 @@ void SettingsSequencesTest::sampleRate()
     QTRY_COMPARE_WITH_TIMEOUT((trace = trace + fixture.takeTrace()).size(), 6, 2000);
     QVERIFY(clock.elapsed() >= 350);
     QCOMPARE(trace.mid(4), (QStringList{command(1, "01 5E"), command(1, "01 5F")}));
-    QTRY_VERIFY_WITH_TIMEOUT(!fixture.log().lines().isEmpty(), 500);
+    QTRY_VERIFY_WITH_TIMEOUT(!withoutBackground(fixture.log().lines()).isEmpty(), 500);
     QCOMPARE(fixture.takeLog(), QStringList{"设置采样频率完成"});
 }
 

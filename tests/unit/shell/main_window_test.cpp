@@ -1,6 +1,7 @@
 #include "panels/ka1.h"
 #include "settings/settings.h"
 #include "shell/main_window.h"
+#include "support/background_lines.h"
 #include "support/debug_log.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
@@ -113,13 +114,7 @@ void MainWindowTest::lose()
     flushDeletions();
 }
 
-/// The window's own lines: those of the dialog's status timer come by the clock.
-QStringList MainWindowTest::takeLog()
-{
-    QStringList lines = log->take();
-    lines.removeAll("Failed to read meter data from driver.");
-    return lines;
-}
+QStringList MainWindowTest::takeLog() { return withoutBackground(log->take()); }
 
 void MainWindowTest::construction()
 {

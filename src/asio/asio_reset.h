@@ -1,0 +1,6 @@
+#pragma once
+
+/// Asks the ASIO driver to reset its stream, so that changed settings take effect: one byte on its
+/// pipe. A driver that is absent or busy misses it; every failure is only logged. May block as
+/// long as the driver's pipe takes to accept the byte.
+void sendAsioReset();
