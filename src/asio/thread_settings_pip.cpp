@@ -10,7 +10,7 @@
 namespace {
 
 constexpr unsigned long clientPause = 100; // ms, between two clients
-constexpr unsigned long nudge = 10;  // ms, between two attempts to end a wait
+constexpr unsigned long nudge = 10;        // ms, between two attempts to end a wait
 constexpr std::size_t fieldCount = 5;
 
 } // namespace

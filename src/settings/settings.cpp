@@ -143,11 +143,20 @@ void Settings::updateUsbErrorCount()
         return;
     }
     if (usbStatus.usbErrorCount == 0) {
-        usbErrorLabel->hide();
+        hideUsbError();
         return;
     }
     usbErrorLabel->setText(tr("USB Error Count: %1").arg(std::uint32_t{usbStatus.usbErrorCount}));
     usbErrorLabel->show();
+}
+
+void Settings::hideUsbError()
+{
+    if (usbErrorLabel->isHidden())
+        return;
+    usbErrorLabel->hide();
+    // The dialog had grown by the line.
+    adjustSize();
 }
 
 void Settings::showFromPipe()

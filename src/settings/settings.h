@@ -56,6 +56,7 @@ private:
                          void (Settings::*apply)(int));
     void startPipeThread();
     void startUsbErrorTimer();
+    void hideUsbError();
     void store(const char* key, const QString& text);
 
     bool takeSampleRate(const QString& text);

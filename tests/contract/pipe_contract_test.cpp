@@ -156,6 +156,8 @@ private slots:
     void clientLearnsOfTheClosing();
     void serverAnswersItsClient();
     void largeMessageWaitsForItsReader();
+    void waitingReaderGetsTheLastMessage();
+    void closingBreaksAWaitingWrite();
     void callsOutOfTurnAreRefused();
     void invalidHandlesAreRefused_data();
     void invalidHandlesAreRefused();
@@ -300,6 +302,9 @@ void PipeContractTest::instanceLimitHolds()
     only.close();
     const Handle next(createPipe(1));
     QVERIFY(next.isOpen());
+    // The first one's limit holds for everybody.
+    QCOMPARE(createPipe(), INVALID_HANDLE_VALUE);
+    QCOMPARE(GetLastError(), busy);
 }
 
 void PipeContractTest::messagesKeepTheirBoundaries()
@@ -481,6 +486,31 @@ void PipeContractTest::largeMessageWaitsForItsReader()
     QCOMPARE(error, succeeded);
     QCOMPARE(reading.error, succeeded);
     QVERIFY(reading.data == message);
+}
+
+void PipeContractTest::waitingReaderGetsTheLastMessage()
+{
+    const Handle pipe(createPipe());
+    const Handle client(openPipe());
+    WaitingThread reader([&] {
+        const Reading reading = readFrom(client);
+        return reading.data == "last words" ? reading.error : noFunction;
+    });
+    Sleep(300); // Until it waits.
+    QCOMPARE(writeTo(pipe, "last words"), succeeded);
+    QCOMPARE(disconnectPipe(pipe), succeeded);
+    QCOMPARE(reader.join(), succeeded);
+    QCOMPARE(readFrom(client).error, pipeNotConnected);
+}
+
+void PipeContractTest::closingBreaksAWaitingWrite()
+{
+    const Handle pipe(createPipe());
+    Handle client(openPipe());
+    WaitingThread writer([&] { return writeTo(pipe, QByteArray(1000000, 'z')); });
+    Sleep(300);
+    client.close();
+    QCOMPARE(writer.join(), brokenPipe);
 }
 
 void PipeContractTest::callsOutOfTurnAreRefused()

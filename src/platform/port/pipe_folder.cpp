@@ -54,10 +54,16 @@ std::vector<std::string> PipeFolder::sockets() const
     return result;
 }
 
-std::string PipeFolder::newSocket() const
+std::string PipeFolder::newSocket(DWORD mostInstances) const
 {
     static std::atomic<unsigned> count = 0;
-    return folder + '/' + std::to_string(::getpid()) + '-' + std::to_string(++count);
+    return folder + '/' + std::to_string(::getpid()) + '-' + std::to_string(++count) + '-' +
+           std::to_string(mostInstances);
+}
+
+DWORD PipeFolder::instanceLimit(const std::string& socket)
+{
+    return static_cast<DWORD>(std::atoi(socket.c_str() + socket.rfind('-') + 1));
 }
 
 FileDescriptor connectToPipe(const std::string& name, DWORD& error)

@@ -23,8 +23,11 @@ public:
     /// The sockets of the running processes; those of processes that crashed are removed.
     std::vector<std::string> sockets() const;
 
-    /// A path for a new instance of this process.
-    std::string newSocket() const;
+    /// A path for a new instance of this process, which tells how many instances it allows.
+    std::string newSocket(DWORD mostInstances) const;
+
+    /// How many instances the owner of this socket allows.
+    static DWORD instanceLimit(const std::string& socket);
 
 private:
     std::string folder;

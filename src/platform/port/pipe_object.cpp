@@ -37,11 +37,15 @@ std::shared_ptr<PipeInstance> PipeInstance::create(const std::string& name, DWOR
     if (!folder.create())
         return nullptr;
     const FileDescriptor lock = folder.lock();
-    if (mostInstances < PIPE_UNLIMITED_INSTANCES && folder.sockets().size() >= mostInstances) {
+    // Those that exist set the limit.
+    const std::vector<std::string> existing = folder.sockets();
+    const DWORD limit =
+        existing.empty() ? mostInstances : PipeFolder::instanceLimit(existing.front());
+    if (limit < PIPE_UNLIMITED_INSTANCES && existing.size() >= limit) {
         error = ERROR_PIPE_BUSY;
         return nullptr;
     }
-    const std::string path = folder.newSocket();
+    const std::string path = folder.newSocket(limit);
     ::unlink(path.c_str()); // Left behind by an earlier process with our number.
     FileDescriptor listener = listenOnSocket(path, 0);
     if (!listener.isValid())

@@ -36,7 +36,9 @@ DWORD PipeStream::read(void* buffer, DWORD length, DWORD& read)
     while (inbox.empty() && !ended) {
         if (!ThreadWait::current().wait(socket.get(), POLLIN))
             return ERROR_OPERATION_ABORTED;
-        takeArrived();
+        // One at a time: who waits gets the message even if the other side parts right after it.
+        while (inbox.empty() && !ended && takeFrame()) {
+        }
     }
     if (farewell)
         return ERROR_PIPE_NOT_CONNECTED;
@@ -47,14 +49,16 @@ DWORD PipeStream::write(const void* buffer, DWORD length)
 {
     const auto* data = static_cast<const std::uint8_t*>(buffer);
     std::size_t left = length;
+    bool pending = false;
     while (left > frameData) {
-        const DWORD error = writeFrame(moreFrames, data, frameData);
+        const DWORD error = writeFrame(moreFrames, data, frameData, pending);
         if (error != ERROR_SUCCESS)
             return error;
+        pending = true;
         data += frameData;
         left -= frameData;
     }
-    return writeFrame(lastFrame, data, left);
+    return writeFrame(lastFrame, data, left, pending);
 }
 
 void PipeStream::sayFarewell()
@@ -118,12 +122,14 @@ DWORD PipeStream::deliver(void* buffer, DWORD length, DWORD& read)
     return ERROR_SUCCESS;
 }
 
-DWORD PipeStream::writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length)
+DWORD PipeStream::writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length,
+                             bool pending)
 {
     while (!sendMessage(socket.get(), &kind, 1, data, length)) {
         if (errno == EPIPE)
-            return goneError();
+            return goneError(pending);
         if (errno == EAGAIN) {
+            pending = true;
             if (!ThreadWait::current().wait(socket.get(), POLLOUT))
                 return ERROR_OPERATION_ABORTED;
         } else if (errno != ECONNRESET) { // Reported once; the next try tells the cause.
@@ -133,8 +139,10 @@ DWORD PipeStream::writeFrame(std::uint8_t kind, const std::uint8_t* data, std::s
     return ERROR_SUCCESS;
 }
 
-DWORD PipeStream::goneError()
+DWORD PipeStream::goneError(bool pending)
 {
     takeArrived();
-    return farewell ? ERROR_PIPE_NOT_CONNECTED : ERROR_NO_DATA;
+    if (farewell)
+        return ERROR_PIPE_NOT_CONNECTED;
+    return pending ? ERROR_BROKEN_PIPE : ERROR_NO_DATA;
 }

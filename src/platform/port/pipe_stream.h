@@ -29,8 +29,8 @@ private:
     void takeArrived();
     bool takeFrame();
     DWORD deliver(void* buffer, DWORD length, DWORD& read);
-    DWORD writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length);
-    DWORD goneError();
+    DWORD writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length, bool pending);
+    DWORD goneError(bool pending);
 
     FileDescriptor socket;
     bool messageMode;

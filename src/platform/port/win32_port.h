@@ -89,8 +89,8 @@ constexpr DWORD PIPE_WAIT = 0;
 constexpr DWORD PIPE_UNLIMITED_INSTANCES = 255;
 
 /// Creates an instance of the message pipe `\\.\pipe\NAME`, to which one client at a time can
-/// connect at once. INVALID_HANDLE_VALUE with ERROR_PIPE_BUSY when `mostInstances` exist. Buffer
-/// sizes and time-out are the system's business here.
+/// connect at once. INVALID_HANDLE_VALUE with ERROR_PIPE_BUSY when as many exist as the first one's
+/// `mostInstances` allows. Buffer sizes and time-out are the system's business here.
 HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD mostInstances,
                         DWORD outputSize, DWORD inputSize, DWORD timeout,
                         LPSECURITY_ATTRIBUTES security);
@@ -106,7 +106,8 @@ BOOL DisconnectNamedPipe(HANDLE pipe);
 /// ERROR_BROKEN_PIPE when the other side has closed and all is read.
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, LPDWORD read, LPOVERLAPPED overlapped);
 
-/// Writes one message. ERROR_NO_DATA when the other side has closed.
+/// Writes one message. ERROR_NO_DATA when the other side has closed, ERROR_BROKEN_PIPE when it
+/// closes while the call waits for it to read.
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD length, LPDWORD written, LPOVERLAPPED overlapped);
 
 constexpr DWORD THREAD_TERMINATE = 1;

@@ -29,6 +29,7 @@ private slots:
     void damagedFile();
     void tickWithoutDevice();
     void usbErrorLine();
+    void dialogIsAsTallAsItsLines();
     void failedStatusReadLeavesTheLine();
     void destruction();
 
@@ -209,8 +210,8 @@ void SettingsDialogTest::tickWithoutDevice()
 {
     fixture.create();
     fixture.log().clear();
-    QTRY_COMPARE_WITH_TIMEOUT(
-        fixture.log().lines().count("Failed to read meter data from driver."), 1, 1500);
+    QTRY_COMPARE_WITH_TIMEOUT(fixture.log().lines().count("Failed to read meter data from driver."),
+                              1, 1500);
     QVERIFY(fixture.simulated.takeTrace().isEmpty());
 }
 
@@ -229,6 +230,27 @@ void SettingsDialogTest::usbErrorLine()
     fixture.simulated.control().setErrorCount(0);
     fixture.dialog->updateUsbErrorCount();
     QVERIFY(line->isHidden());
+}
+
+void SettingsDialogTest::dialogIsAsTallAsItsLines()
+{
+    fixture.connect(44100, 192, 24);
+    fixture.dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
+    const QSize without = fixture.dialog->size();
+    QCOMPARE(without, fixture.dialog->sizeHint());
+    fixture.simulated.control().setErrorCount(3);
+    fixture.dialog->updateUsbErrorCount();
+    QTRY_VERIFY(fixture.dialog->height() > without.height());
+    QCOMPARE(fixture.dialog->size(), fixture.dialog->sizeHint());
+    fixture.simulated.control().setErrorCount(0);
+    fixture.dialog->updateUsbErrorCount();
+    QTRY_COMPARE(fixture.dialog->size(), without);
+    // Without a line to hide the size is the user's.
+    fixture.dialog->resize(400, 600);
+    fixture.dialog->updateUsbErrorCount();
+    QTest::qWait(50);
+    QCOMPARE(fixture.dialog->size(), QSize(400, 600));
 }
 
 void SettingsDialogTest::failedStatusReadLeavesTheLine()
