@@ -78,9 +78,7 @@ void ka1::createControls()
 
 void ka1::buildLayout()
 {
-    auto* root = new QHBoxLayout(this);
-    root->setAlignment(Qt::AlignCenter);
-    root->setContentsMargins(0, 0, 0, 0);
+    QBoxLayout* root = rootLayout(this);
     root->addLayout(inputStrip());
     root->addWidget(separator(this));
     root->addLayout(headphoneStrip());
@@ -99,7 +97,8 @@ QLayout* ka1::inputStrip()
     strip->addWidget(micKnob);
     strip->addWidget(micMeter);
     strip->addWidget(caption(tr("Gain")));
-    strip->addLayout(buttons);
+    // Takes the height in which the other strip is taller, so that both headings stand level.
+    strip->addLayout(buttons, 1);
     return strip;
 }
 
@@ -107,11 +106,6 @@ QLayout* ka1::headphoneStrip()
 {
     auto* volume = new QHBoxLayout;
     volume->addWidget(headphoneKnob);
-
-    auto* buttons = new QHBoxLayout;
-    buttons->setAlignment(Qt::AlignCenter);
-    buttons->addWidget(headphoneMute);
-    buttons->addWidget(headphoneDim);
 
     auto* phoneTexts = new QVBoxLayout;
     phoneTexts->setAlignment(Qt::AlignCenter);
@@ -130,7 +124,7 @@ QLayout* ka1::headphoneStrip()
     strip->addWidget(title(tr("HEADPHONE")));
     strip->addLayout(volume);
     strip->addWidget(caption(tr("Volume")));
-    strip->addLayout(buttons);
+    strip->addLayout(outputButtonRow(headphoneMute, headphoneDim));
     strip->addLayout(phone);
     strip->addStretch();
     return strip;

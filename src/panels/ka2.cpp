@@ -109,9 +109,7 @@ ka2::OutputStrip ka2::createOutputStrip()
 
 void ka2::buildLayout()
 {
-    auto* root = new QHBoxLayout(this);
-    root->setAlignment(Qt::AlignCenter);
-    root->setContentsMargins(0, 0, 0, 0);
+    QBoxLayout* root = rootLayout(this);
     root->addLayout(layOut(mic1, tr("MIC1")));
     root->addLayout(layOut(mic2, tr("MIC2")));
     root->addWidget(separator(this));
@@ -135,17 +133,12 @@ QLayout* ka2::layOut(const MicStrip& strip, const QString& heading)
 
 QLayout* ka2::layOut(const OutputStrip& strip, const QString& heading, const QString& phoneCaption)
 {
-    auto* buttons = new QHBoxLayout;
-    buttons->setAlignment(Qt::AlignCenter);
-    buttons->addWidget(strip.mute);
-    buttons->addWidget(strip.dim);
-
     auto* layout = new QVBoxLayout;
     layout->setContentsMargins(20, 10, 10, 10);
     layout->addWidget(title(heading));
     layout->addWidget(strip.volume, 0, Qt::AlignHCenter);
     layout->addWidget(caption(tr("Volume")));
-    layout->addLayout(buttons);
+    layout->addLayout(outputButtonRow(strip.mute, strip.dim));
     layout->addWidget(strip.phone, 0, Qt::AlignHCenter);
     layout->addWidget(strip.phoneMeter);
     layout->addWidget(caption(phoneCaption, smallCaptionStyle));

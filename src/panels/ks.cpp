@@ -66,9 +66,7 @@ void ks::createControls()
 
 void ks::buildLayout()
 {
-    auto* root = new QHBoxLayout(this);
-    root->setAlignment(Qt::AlignCenter);
-    root->setContentsMargins(0, 0, 0, 0);
+    QBoxLayout* root = rootLayout(this);
     root->addLayout(micStrip());
     root->addWidget(separator(this));
     root->addLayout(headphoneStrip());
@@ -89,17 +87,12 @@ QLayout* ks::micStrip()
 
 QLayout* ks::headphoneStrip()
 {
-    auto* buttons = new QHBoxLayout;
-    buttons->setAlignment(Qt::AlignCenter);
-    buttons->addWidget(headphoneMute);
-    buttons->addWidget(headphoneDim);
-
     auto* strip = new QVBoxLayout;
     strip->setContentsMargins(20, 10, 10, 10);
     strip->addWidget(title(QStringLiteral("HEADPHONE")));
     strip->addWidget(headphoneKnob, 0, Qt::AlignHCenter);
     strip->addWidget(caption(tr("Volume"), ksCaptionStyle));
-    strip->addLayout(buttons);
+    strip->addLayout(outputButtonRow(headphoneMute, headphoneDim));
     return strip;
 }
 

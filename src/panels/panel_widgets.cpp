@@ -4,6 +4,7 @@
 #include "controls/knob.h"
 #include "driver/gain.h"
 
+#include <QBoxLayout>
 #include <QFrame>
 #include <QLabel>
 
@@ -98,6 +99,23 @@ Button* PanelWidgets::outputButton(const QString& text, int styleInt)
     made->styleInt = styleInt;
     made->setMinimumHeight(40);
     return made;
+}
+
+QBoxLayout* PanelWidgets::rootLayout(QWidget* panel)
+{
+    auto* layout = new QHBoxLayout(panel);
+    layout->setAlignment(Qt::AlignCenter);
+    layout->setContentsMargins(0, 0, 0, 0);
+    return layout;
+}
+
+QBoxLayout* PanelWidgets::outputButtonRow(Button* mute, Button* dim)
+{
+    auto* row = new QHBoxLayout;
+    row->setAlignment(Qt::AlignCenter);
+    row->addWidget(mute);
+    row->addWidget(dim);
+    return row;
 }
 
 QFrame* PanelWidgets::separator(QWidget* parent)

@@ -6,6 +6,7 @@
 
 class Button;
 class Knob;
+class QBoxLayout;
 class QFrame;
 class QLabel;
 class QWidget;
@@ -40,6 +41,11 @@ Knob* phoneKnob(QWidget* parent);
 Button* button(const QString& text, const char* accent);
 /// The tall MUTE and DIM buttons of an output.
 Button* outputButton(const QString& text, int styleInt);
+
+/// The layout of a whole panel, without margins; it becomes the panel's own.
+QBoxLayout* rootLayout(QWidget* panel);
+/// MUTE and DIM side by side.
+QBoxLayout* outputButtonRow(Button* mute, Button* dim);
 
 /// The vertical line between inputs and outputs.
 QFrame* separator(QWidget* parent);

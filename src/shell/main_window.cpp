@@ -90,8 +90,10 @@ MainWindow::~MainWindow() = default;
 void MainWindow::showStatus(const QString& text)
 {
     statusLabel = new QLabel(text, this);
+    statusLabel->setAlignment(Qt::AlignCenter);
     statusLabel->setStyleSheet(QStringLiteral("font-size: 12px; color: white;"));
     baseLayout->addWidget(statusLabel);
+    fitToContentSoon();
 }
 
 void MainWindow::clearLayout()
@@ -101,6 +103,23 @@ void MainWindow::clearLayout()
             widget->deleteLater();
         delete item;
     }
+}
+
+void MainWindow::fitToContentSoon()
+{
+    // A widget that joins a shown window counts only when the event loop has shown it.
+    QMetaObject::invokeMethod(this, &MainWindow::fitToContent, Qt::QueuedConnection);
+}
+
+void MainWindow::fitToContent()
+{
+    baseLayout->activate();
+    layout()->activate();
+    // Detection repeats: a size that the user gave the window stays as long as the content does.
+    if (sizeHint() == fittedSize)
+        return;
+    fittedSize = sizeHint();
+    adjustSize();
 }
 
 void MainWindow::watchDevice()
@@ -132,6 +151,7 @@ void MainWindow::detectDevice()
     }
     if (!settings->connectDevice()) {
         qDebug() << "Failed to connect to driver in settings window.";
+        fitToContentSoon();
         watchDevice();
         unreleasedDevices.push_back(std::move(device));
         return;
@@ -159,6 +179,7 @@ void MainWindow::showPanel(const DeviceModel& model)
     baseLayout->addWidget(panel);
     qDebug() << model.added;
     update();
+    fitToContentSoon();
 }
 
 void MainWindow::setFirmwareTitle(const DeviceModel& model, const std::uint8_t* version)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QSize>
 
 #include <cstdint>
 #include <memory>
@@ -42,6 +43,8 @@ private:
     void watchDevice();
     void showPanel(const DeviceModel& model);
     void setFirmwareTitle(const DeviceModel& model, const std::uint8_t* version);
+    void fitToContentSoon();
+    void fitToContent();
 
     std::uint32_t devicePid = 0;
     QVBoxLayout* baseLayout = nullptr;
@@ -50,6 +53,7 @@ private:
     std::unique_ptr<DriverDevice> meterDevice;
     QLabel* statusLabel = nullptr;
     std::uint32_t errorCount = 0;
+    QSize fittedSize; ///< what the content needed when the window was last fitted to it
     /// Connections of arrivals that did not get as far as a titled panel, kept open on purpose: a
     /// device that is being looked at must not see its last handle closed between two attempts.
     std::vector<std::unique_ptr<DriverDevice>> unreleasedDevices;

@@ -42,6 +42,9 @@ private slots:
     void replugWithinOnePeriod();
     void firstFailureAfterALossIsTheLast();
     void anotherModelUnderTheSameHandleGoesUnnoticed();
+    void fitsItsContent_data();
+    void fitsItsContent();
+    void keepsTheUsersSize();
     void closeWithoutTray();
     void repeatedArrivalsLeakNoHandle();
 
@@ -114,7 +117,10 @@ void MainWindowTest::lose()
     flushDeletions();
 }
 
-QStringList MainWindowTest::takeLog() { return withoutBackground(log->take()); }
+QStringList MainWindowTest::takeLog()
+{
+    return withoutBackground(log->take());
+}
 
 void MainWindowTest::construction()
 {
@@ -334,6 +340,73 @@ void MainWindowTest::anotherModelUnderTheSameHandleGoesUnnoticed()
     window->checkDevicePid();
     QCOMPARE(takeLog(), QStringList());
     QCOMPARE(shown(), QStringList{"ka1"});
+}
+
+void MainWindowTest::fitsItsContent_data()
+{
+    QTest::addColumn<bool>("hidden");
+    QTest::newRow("in sight") << false;
+    QTest::newRow("in the tray") << true;
+}
+
+void MainWindowTest::fitsItsContent()
+{
+    QFETCH(bool, hidden);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    window->setHidden(hidden);
+    const auto fitted = [this] {
+        // As many rounds as the toolkit takes to show what was added and to lay it out.
+        for (int round = 0; round < 5; ++round)
+            QCoreApplication::processEvents();
+        window->show();
+        QCoreApplication::processEvents();
+        // The toolkit makes no window smaller than this by itself: its title would not be seen.
+        const QSize wanted = window->sizeHint().expandedTo({200, 100});
+        return window->size() == wanted ? wanted : QSize();
+    };
+    const QSize waiting = window->size();
+    simulated.control().plug(SimulatorControl::ka2);
+    window->detectDevice();
+    const QSize wide = fitted();
+    QVERIFY(wide.width() > waiting.width() && wide.height() > waiting.height());
+
+    window->setHidden(hidden);
+    lose();
+    QCOMPARE(fitted(), waiting);
+
+    window->setHidden(hidden);
+    simulated.control().plug(SimulatorControl::ka1);
+    window->detectDevice();
+    const QSize narrow = fitted();
+    QVERIFY(narrow.isValid());
+    QVERIFY(narrow.width() < wide.width());
+
+    // Nothing at all to show: the dialog found no device.
+    lose();
+    simulated.control().plug(SimulatorControl::ka1);
+    simulated.control().fail(0xFFDC20A0, 1, 31);
+    window->detectDevice();
+    fitted();
+    simulated.control().unplug();
+    window->setHidden(hidden);
+    window->detectDevice();
+    QCOMPARE(shown(), QStringList());
+    QCOMPARE(fitted(), waiting);
+}
+
+void MainWindowTest::keepsTheUsersSize()
+{
+    // An unknown device is looked at again every second; its line of text stays the same.
+    simulated.control().plug(7);
+    window->show();
+    window->detectDevice();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QTest::qWait(50);
+    window->resize(400, 300);
+    window->detectDevice();
+    QTest::qWait(50);
+    QCOMPARE(window->size(), QSize(400, 300));
 }
 
 void MainWindowTest::closeWithoutTray()
