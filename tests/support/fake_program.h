@@ -1,19 +1,33 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
-/// A shell script under the name of a program, first in the search path while it lives.
+/// A stand-in for a program of the desktop: found under the program's name before the real one
+/// while it lives. One instance per name at a time.
 class FakeProgram
 {
 public:
-    FakeProgram(const char* name, const char* script);
+    /// What it does when it is started: notes its arguments, writes to its standard streams,
+    /// then sleeps, then ends.
+    struct Behaviour
+    {
+        QByteArray output;
+        QByteArray errors;
+        int exitCode = 0;
+        int seconds = 0;
+    };
+
+    explicit FakeProgram(const QString& name);
+    FakeProgram(const QString& name, const Behaviour& behaviour);
     ~FakeProgram();
     FakeProgram(const FakeProgram&) = delete;
     FakeProgram& operator=(const FakeProgram&) = delete;
 
-    /// What the script wrote to "$0.<suffix>".
-    QByteArray output(const char* suffix) const;
+    /// What it was started with last; empty when it was not started yet.
+    QStringList arguments() const;
 
 private:
     QTemporaryDir folder;

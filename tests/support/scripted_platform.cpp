@@ -14,18 +14,31 @@ namespace {
 constexpr DWORD commandCode = 0xFFDC209C;
 
 QMap<std::uint8_t, Reaction> opcodeReactions;
+QMap<std::uint8_t, QList<Reaction>> opcodeScripts;
 QMap<std::uint32_t, Reaction> codeReactions;
 QStringList requests;
+
+void act(Reaction reaction)
+{
+    if (reaction == Reaction::throwStandard || reaction == Reaction::throwOnceStandard)
+        throw std::runtime_error("no paper");
+    if (reaction == Reaction::throwUnknown)
+        throw 42;
+}
 
 template <typename Key> void react(QMap<Key, Reaction>& reactions, Key key)
 {
     const Reaction reaction = reactions.value(key, Reaction::answer);
     if (reaction == Reaction::throwOnceStandard)
         reactions.remove(key);
-    if (reaction == Reaction::throwStandard || reaction == Reaction::throwOnceStandard)
-        throw std::runtime_error("no paper");
-    if (reaction == Reaction::throwUnknown)
-        throw 42;
+    act(reaction);
+}
+
+void playScript(std::uint8_t opcode)
+{
+    QList<Reaction>& script = opcodeScripts[opcode];
+    if (!script.isEmpty())
+        act(script.takeFirst());
 }
 
 } // namespace
@@ -33,6 +46,11 @@ template <typename Key> void react(QMap<Key, Reaction>& reactions, Key key)
 void ScriptedPlatform::onOpcode(std::uint8_t opcode, Reaction reaction)
 {
     opcodeReactions[opcode] = reaction;
+}
+
+void ScriptedPlatform::onOpcode(std::uint8_t opcode, const QList<Reaction>& reactions)
+{
+    opcodeScripts[opcode] = reactions;
 }
 
 void ScriptedPlatform::onCode(std::uint32_t code, Reaction reaction)
@@ -43,6 +61,7 @@ void ScriptedPlatform::onCode(std::uint32_t code, Reaction reaction)
 void ScriptedPlatform::reset()
 {
     opcodeReactions.clear();
+    opcodeScripts.clear();
     codeReactions.clear();
     requests.clear();
 }
@@ -117,6 +136,7 @@ BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID o
         const std::uint8_t opcode = static_cast<const std::uint8_t*>(input)[1];
         requests.append(QString::number(opcode, 16));
         react(opcodeReactions, opcode);
+        playScript(opcode);
     } else {
         requests.append(QString::number(code, 16));
     }

@@ -13,7 +13,10 @@ enum class Reaction { answer, throwStandard, throwOnceStandard, throwUnknown };
 
 /// From now on requests whose second input byte is this opcode react so.
 void onOpcode(std::uint8_t opcode, Reaction reaction);
-/// The same for requests with this control code.
+/// The next requests whose second input byte is this opcode react in this order, one each; those
+/// after them answer.
+void onOpcode(std::uint8_t opcode, const QList<Reaction>& reactions);
+/// From now on requests with this control code react so.
 void onCode(std::uint32_t code, Reaction reaction);
 void reset();
 

@@ -9,16 +9,6 @@
 
 using namespace TraceText;
 
-namespace {
-
-/// One click reaches the device twice: the button emits its signal twice.
-QStringList twice(const QStringList& lines)
-{
-    return lines + lines;
-}
-
-} // namespace
-
 /// What a user's hand on a KA1 control sends, logs and stores.
 class Ka1ControlsTest : public QObject
 {
@@ -35,8 +25,6 @@ private slots:
     void phoneLevel();
     void muteAtFullVolume();
     void dimLowersByTwenty();
-    void muteAndDimInEveryOrder_data();
-    void muteAndDimInEveryOrder();
     void typedValue();
     void refusedTable();
     void pulledCable();
@@ -163,35 +151,6 @@ void Ka1ControlsTest::dimLowersByTwenty()
              twice({"Headphone Dim Button Clicked: Dim ON", "Headphone volume set to: 0.199526"}));
     QCOMPARE(stored("Button/HeadphoneDimIsChecked"), QString("true"));
     QCOMPARE(stored("Dial/HeadphoneValue"), QString("6"));
-}
-
-void Ka1ControlsTest::muteAndDimInEveryOrder_data()
-{
-    QTest::addColumn<QString>("clicks");
-    QTest::addColumn<double>("gain");
-    QTest::newRow("none") << "" << 1.0;
-    QTest::newRow("mute") << "m" << 0.0;
-    QTest::newRow("dim") << "d" << 0.1;
-    QTest::newRow("mute then dim") << "md" << 0.0;
-    QTest::newRow("dim then mute") << "dm" << 0.0;
-    QTest::newRow("mute, dim, mute off") << "mdm" << 0.1;
-    QTest::newRow("dim, mute, dim off") << "dmd" << 0.0;
-    QTest::newRow("dim, mute, mute off") << "dmm" << 0.1;
-    QTest::newRow("mute, dim, both off") << "mddm" << 1.0;
-    QTest::newRow("dim, mute, both off") << "dmdm" << 1.0;
-}
-
-void Ka1ControlsTest::muteAndDimInEveryOrder()
-{
-    QFETCH(QString, clicks);
-    QFETCH(double, gain);
-    fixture.knob("Dial/HeadphoneValue")->setValue(0);
-    for (const QChar which : clicks)
-        fixture.click(which == u'm' ? "Button/HeadphoneMuteIsChecked"
-                                    : "Button/HeadphoneDimIsChecked");
-    const auto cells = fixture.simulated.control().mixerTable();
-    QCOMPARE(cells.at(8192), gain);
-    QCOMPARE(cells.at(8193), gain);
 }
 
 void Ka1ControlsTest::typedValue()

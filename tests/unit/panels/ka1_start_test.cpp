@@ -17,8 +17,6 @@ private slots:
     void init() { fixture.plug(1); }
     void firstStart();
     void startWithEveryKeyChanged();
-    void noDevice();
-    void destructionClosesTheDevice();
 
 private:
     PanelFixture fixture;
@@ -137,24 +135,6 @@ void Ka1StartTest::startWithEveryKeyChanged()
     QCOMPARE(fixture.knob("Dial/MicValue")->value, 21);
     QCOMPARE(fixture.button("Button/MicInstrIsChecked")->text(), QString("INST"));
     QVERIFY(fixture.button("Button/Mic48VIsChecked")->on);
-}
-
-void Ka1StartTest::noDevice()
-{
-    fixture.simulated.control().unplug();
-    fixture.start<ka1>();
-    QCOMPARE(fixture.log().take(), QStringList{"Failed to create device in ka1."});
-    QVERIFY(fixture.panel->children().isEmpty());
-    QVERIFY(fixture.panel->layout() == nullptr);
-    QVERIFY(IniFile::read("ka1.ini").isEmpty());
-}
-
-void Ka1StartTest::destructionClosesTheDevice()
-{
-    fixture.start<ka1>();
-    QCOMPARE(fixture.simulated.openHandles(), 1);
-    fixture.panel.reset();
-    QCOMPARE(fixture.simulated.openHandles(), 0);
 }
 
 QUORVEL_TEST_MAIN(Ka1StartTest)

@@ -1,6 +1,6 @@
 #include "controls/button.h"
 #include "controls/knob.h"
-#include "panels/ka1.h"
+#include "panel_models.h"
 #include "support/debug_log.h"
 #include "support/ini_file.h"
 #include "support/scripted_platform.h"
@@ -20,8 +20,9 @@ class PanelExceptionsTest : public QObject
 
 private slots:
     void init();
-    void lastOutputVolumeFails();
-    void firstOutputVolumeAloneDoesNotCount();
+    void outputVolumes_data();
+    void outputVolumes();
+    void micVolume_data();
     void micVolume();
     void instrumentKeepsItsCaption();
     void switches_data();
@@ -32,45 +33,95 @@ private:
     StreamCapture<char> errors{std::cerr};
 };
 
+namespace {
+
+const QString saved = "控件状态已保存到配置文件";
+
+} // namespace
+
 void PanelExceptionsTest::init()
 {
     ScriptedPlatform::reset();
-    IniFile::remove("ka1.ini");
+    for (const char* file : {"ka1.ini", "ka2.ini", "ks.ini"})
+        IniFile::remove(file);
 }
 
-void PanelExceptionsTest::lastOutputVolumeFails()
+void PanelExceptionsTest::outputVolumes_data()
 {
-    ScriptedPlatform::onOpcode(0x03, Reaction::throwStandard);
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QList<Reaction>>("verdicts");
+    QTest::addColumn<bool>("empty");
+    constexpr Reaction good = Reaction::answer;
+    constexpr Reaction bad = Reaction::throwStandard;
+    const QList<Reaction> lastOfTwo{good, bad};
+    const QList<Reaction> firstOfTwo{bad, good};
+    QTest::newRow("ka1, last") << "ka1" << lastOfTwo << true;
+    QTest::newRow("ka1, all but the last") << "ka1" << firstOfTwo << false;
+    QTest::newRow("ka2, last") << "ka2" << QList<Reaction>{good, good, good, bad} << true;
+    QTest::newRow("ka2, all") << "ka2" << QList<Reaction>(4, bad) << true;
+    QTest::newRow("ka2, all but the last")
+        << "ka2" << QList<Reaction>{bad, bad, bad, good} << false;
+    QTest::newRow("ka2, second") << "ka2" << QList<Reaction>{good, bad, good, good} << false;
+    QTest::newRow("ks, last") << "ks" << lastOfTwo << true;
+    QTest::newRow("ks, all but the last") << "ks" << firstOfTwo << false;
+}
+
+/// Only the verdict on the last output volume counts.
+void PanelExceptionsTest::outputVolumes()
+{
+    QFETCH(QString, model);
+    QFETCH(QList<Reaction>, verdicts);
+    QFETCH(bool, empty);
+    ScriptedPlatform::onOpcode(0x03, verdicts);
     DebugLog log;
-    const ka1 panel(nullptr);
+    const auto panel = PanelModels::make(model);
+    const QStringList requests = ScriptedPlatform::takeRequests();
+    QCOMPARE(requests.count(QString("3")), verdicts.size());
+    if (!empty) {
+        QVERIFY(!log.lines().contains("Failed to set output volume."));
+        QCOMPARE(log.lines().constLast(), QString("已从配置文件加载控件状态"));
+        QVERIFY(panel->layout() != nullptr);
+        return;
+    }
     QCOMPARE(log.take(), QStringList{"Failed to set output volume."});
-    QVERIFY(panel.children().isEmpty());
-    QCOMPARE(ScriptedPlatform::takeRequests(), (QStringList{"3", "3"}));
+    QCOMPARE(requests.size(), verdicts.size());
+    QVERIFY(panel->children().isEmpty());
+    QVERIFY(IniFile::read(model + ".ini").isEmpty());
 }
 
-void PanelExceptionsTest::firstOutputVolumeAloneDoesNotCount()
+void PanelExceptionsTest::micVolume_data()
 {
-    ScriptedPlatform::onOpcode(0x03, Reaction::throwOnceStandard);
-    DebugLog log;
-    const ka1 panel(nullptr);
-    QVERIFY(!log.lines().contains("Failed to set output volume."));
-    QCOMPARE(log.lines().constLast(), QString("已从配置文件加载控件状态"));
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QStringList>("lines");
+    const QString failed = "Failed to set mic volume.";
+    QTest::newRow("ka1") << "ka1"
+                         << "Dial/MicValue" << QStringList{failed};
+    QTest::newRow("ka2, first") << "ka2"
+                                << "Dial/Mic1Value" << QStringList{failed, saved};
+    QTest::newRow("ka2, second") << "ka2"
+                                 << "Dial/Mic2Value" << QStringList{failed, saved};
+    QTest::newRow("ks") << "ks"
+                        << "Dial/MicValue" << QStringList{failed};
 }
 
 void PanelExceptionsTest::micVolume()
 {
-    const ka1 panel(nullptr);
+    QFETCH(QString, model);
+    QFETCH(QString, key);
+    QFETCH(QStringList, lines);
+    const auto panel = PanelModels::make(model);
     ScriptedPlatform::onOpcode(0x07, Reaction::throwStandard);
     DebugLog log;
-    panel.findChild<Knob*>("Dial/MicValue")->setValue(7);
-    QCOMPARE(log.take(), QStringList{"Failed to set mic volume."});
-    QCOMPARE(IniFile::read("ka1.ini").value("Dial/MicValue"), QString("7"));
+    panel->findChild<Knob*>(key)->setValue(7);
+    QCOMPARE(log.take(), lines);
+    QCOMPARE(IniFile::read(model + ".ini").value(key), QString("7"));
 }
 
 void PanelExceptionsTest::instrumentKeepsItsCaption()
 {
-    const ka1 panel(nullptr);
-    auto* button = panel.findChild<Button*>("Button/MicInstrIsChecked");
+    const auto panel = PanelModels::make("ka1");
+    auto* button = panel->findChild<Button*>("Button/MicInstrIsChecked");
     ScriptedPlatform::onOpcode(0x64, Reaction::throwStandard);
     DebugLog log;
     button->setOn(true);
@@ -83,26 +134,34 @@ void PanelExceptionsTest::instrumentKeepsItsCaption()
 
 void PanelExceptionsTest::switches_data()
 {
+    QTest::addColumn<QString>("model");
     QTest::addColumn<int>("opcode");
-    QTest::addColumn<QString>("clicked");
-    QTest::addColumn<QString>("failed");
-    QTest::newRow("Button/Mic20dBIsChecked") << 0x5A << "Mic 20dB Button Clicked"
-                                             << "Failed to switch mic 20dB.";
-    QTest::newRow("Button/Mic48VIsChecked") << 0x5B << "Mic 48V Button Clicked"
-                                            << "Failed to switch mic 48V.";
+    QTest::addColumn<QStringList>("lines");
+    const QString padFailed = "Failed to switch mic 20dB.";
+    const QString phantomFailed = "Failed to switch mic 48V.";
+    const QStringList pad{"Mic 20dB Button Clicked true", padFailed, saved};
+    const QStringList phantom{"Mic 48V Button Clicked true", phantomFailed, saved};
+    QTest::newRow("Button/Mic20dBIsChecked")
+        << "ka1" << 0x5A << QStringList{"Mic 20dB Button Clicked", padFailed};
+    QTest::newRow("Button/Mic48VIsChecked")
+        << "ka1" << 0x5B << QStringList{"Mic 48V Button Clicked", phantomFailed};
+    QTest::newRow("Button/Mic120dBIsChecked") << "ka2" << 0x5A << pad;
+    QTest::newRow("Button/Mic148VIsChecked") << "ka2" << 0x5B << phantom;
+    QTest::newRow("Button/Mic220dBIsChecked") << "ka2" << 0x5A << pad;
+    QTest::newRow("Button/Mic248VIsChecked") << "ka2" << 0x5B << phantom;
 }
 
 void PanelExceptionsTest::switches()
 {
+    QFETCH(QString, model);
     QFETCH(int, opcode);
-    QFETCH(QString, clicked);
-    QFETCH(QString, failed);
-    const ka1 panel(nullptr);
+    QFETCH(QStringList, lines);
+    const auto panel = PanelModels::make(model);
     ScriptedPlatform::onOpcode(static_cast<std::uint8_t>(opcode), Reaction::throwUnknown);
     DebugLog log;
-    panel.findChild<Button*>(QTest::currentDataTag())->setOn(true);
-    QCOMPARE(log.take(), (QStringList{clicked, failed}));
-    QCOMPARE(IniFile::read("ka1.ini").value(QTest::currentDataTag()), QString("true"));
+    panel->findChild<Button*>(QTest::currentDataTag())->setOn(true);
+    QCOMPARE(log.take(), lines);
+    QCOMPARE(IniFile::read(model + ".ini").value(QTest::currentDataTag()), QString("true"));
 }
 
 QUORVEL_TEST_MAIN(PanelExceptionsTest)

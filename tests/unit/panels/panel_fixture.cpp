@@ -10,6 +10,26 @@
 #include <QTest>
 #include <QWheelEvent>
 
+namespace {
+
+bool isKnob(const char* key)
+{
+    return QLatin1String(key).startsWith(QLatin1String("Dial/"));
+}
+
+QList<QLabel*> readOutLabels(const QWidget& panel)
+{
+    QList<QLabel*> found;
+    const auto labels = panel.findChildren<QLabel*>();
+    for (QLabel* candidate : labels) {
+        if (candidate->styleSheet().contains(QLatin1String("8px")))
+            found.append(candidate);
+    }
+    return found;
+}
+
+} // namespace
+
 void PanelFixture::plug(std::uint32_t productId)
 {
     panel.reset();
@@ -19,6 +39,14 @@ void PanelFixture::plug(std::uint32_t productId)
     QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)).removeRecursively();
     simulated.control().reset();
     simulated.control().plug(productId, 0);
+}
+
+void PanelFixture::start(const QString& model)
+{
+    panel.reset();
+    simulated.control().clearTrace();
+    log().clear();
+    panel = PanelModels::make(model);
 }
 
 void PanelFixture::settle()
@@ -47,13 +75,16 @@ Button* PanelFixture::button(const char* key) const
 
 QLabel* PanelFixture::label(int index) const
 {
-    QList<QLabel*> readOuts;
-    const auto labels = panel->findChildren<QLabel*>();
-    for (QLabel* candidate : labels) {
-        if (candidate->styleSheet().contains(QLatin1String("8px")))
-            readOuts.append(candidate);
-    }
-    return readOuts.value(index);
+    return readOutLabels(*panel).value(index);
+}
+
+QStringList PanelFixture::readOuts() const
+{
+    QStringList texts;
+    const auto labels = readOutLabels(*panel);
+    for (const QLabel* readOut : labels)
+        texts.append(readOut->text());
+    return texts;
 }
 
 void PanelFixture::wheel(const char* key, bool up)
@@ -70,11 +101,80 @@ void PanelFixture::click(const char* key)
     QTest::mouseClick(button(key), Qt::LeftButton);
 }
 
+void PanelFixture::use(const char* key)
+{
+    if (isKnob(key))
+        wheel(key, true);
+    else
+        click(key);
+}
+
+void PanelFixture::checkMove(const char* iniFile)
+{
+    const char* key = QTest::currentDataTag();
+    QFETCH(const QStringList, trace);
+    QFETCH(const QStringList, lines);
+    QFETCH(const QString, stored);
+    QFETCH(const QStringList, backTrace);
+    QFETCH(const QStringList, backLines);
+    QFETCH(const QString, backStored);
+    use(key);
+    QCOMPARE(takeTrace(), trace);
+    QCOMPARE(log().take(), lines);
+    QCOMPARE(IniFile::read(iniFile).value(key), stored);
+    isKnob(key) ? wheel(key, false) : click(key);
+    QCOMPARE(takeTrace(), backTrace);
+    QCOMPARE(log().take(), backLines);
+    QCOMPARE(IniFile::read(iniFile).value(key), backStored);
+}
+
+void PanelFixture::checkRefusal(const char* iniFile)
+{
+    const char* key = QTest::currentDataTag();
+    QFETCH(const QStringList, lines);
+    QFETCH(const QString, stored);
+    simulated.control().fail(0xFFDC2040, SimulatorControl::always, 31);
+    use(key);
+    QCOMPARE(log().take(), lines);
+    QCOMPARE(IniFile::read(iniFile).value(key), stored);
+    QCOMPARE(isKnob(key) ? QString::number(knob(key)->value) : QVariant(button(key)->on).toString(),
+             stored);
+}
+
 QStringList PanelFixture::takeTrace()
 {
     QStringList lines = simulated.takeTrace();
     lines.removeAll(TraceText::request(1, 0xFFDC2074, 768));
     return lines;
+}
+
+void addMoveColumns()
+{
+    QTest::addColumn<QStringList>("trace");
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QStringList>("backTrace");
+    QTest::addColumn<QStringList>("backLines");
+    QTest::addColumn<QString>("backStored");
+}
+
+void addRefusalColumns()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("stored");
+}
+
+void addModelRows()
+{
+    QTest::addColumn<std::uint32_t>("productId");
+    QTest::newRow("ka1") << SimulatorControl::ka1;
+    QTest::newRow("ka2") << SimulatorControl::ka2;
+    QTest::newRow("ks") << SimulatorControl::ks;
+}
+
+QStringList twice(const QStringList& lines)
+{
+    return lines + lines;
 }
 
 QString cellsAt(const QList<int>& cells, const char* gain)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panel_models.h"
 #include "support/debug_log.h"
 #include "support/ini_file.h"
 #include "support/simulated_interface.h"
@@ -39,24 +40,49 @@ public:
         panel = std::make_unique<Model>(nullptr);
     }
 
+    /// The same by the model's name.
+    void start(const QString& model);
+
     /// Shows the panel, forgets the trace and the log so far.
     void settle();
 
     Knob* knob(const char* key) const;
     Button* button(const char* key) const;
-    QLabel* label(int index) const; ///< read-outs in the order of their creation
+    QLabel* label(int index) const; ///< read-outs in the order of the layout
+    QStringList readOuts() const;   ///< the texts of all of them
 
     /// One notch of a real wheel over the knob, upwards or downwards.
     void wheel(const char* key, bool up);
     void click(const char* key);
+    /// One notch up for a knob, a click for a button.
+    void use(const char* key);
+
+    /// Runs the present data row of addMoveColumns(); the tag is the control's key.
+    void checkMove(const char* iniFile);
+    /// Runs the present data row of addRefusalColumns(); the tag is the control's key.
+    void checkRefusal(const char* iniFile);
 
     /// The trace since the last call without the meter reads, which come by the clock.
     QStringList takeTrace();
 
 private:
     std::optional<DebugLog> debugLog;
-    StreamCapture<wchar_t> output{std::wcout};
+    StreamCapture<wchar_t> wideOutput{std::wcout};
 };
+
+/// The columns of a table of moves: what a user's hand on a control sends, logs and stores, and
+/// the same for the way back (one notch down, or the second click).
+void addMoveColumns();
+
+/// The columns of a table of refusals: what the log says to a move while the device takes no
+/// mixer table, and what is stored all the same.
+void addRefusalColumns();
+
+/// A row for each model, tagged with its name, in the column "productId".
+void addModelRows();
+
+/// One click reaches the device twice: the button emits its signal twice.
+QStringList twice(const QStringList& lines);
 
 /// "128=1 161=1 ..." for these cells.
 QString cellsAt(const QList<int>& cells, const char* gain);

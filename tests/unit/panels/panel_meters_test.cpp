@@ -18,7 +18,12 @@ private slots:
     void micLevel();
     void phoneLevel_data();
     void phoneLevel();
+    void ofEveryModel_data();
+    void ofEveryModel();
+    void readFailureLeavesTheTexts_data() { ofEveryModel_data(); }
     void readFailureLeavesTheTexts();
+    void failureBeforeTheFirstReading_data() { addModelRows(); }
+    void failureBeforeTheFirstReading();
     void pace();
 
 private:
@@ -79,20 +84,55 @@ void PanelMetersTest::phoneLevel()
     QTRY_COMPARE_WITH_TIMEOUT(fixture.label(1)->text(), text, 2000);
 }
 
+void PanelMetersTest::ofEveryModel_data()
+{
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QList<int>>("samples");
+    QTest::addColumn<QStringList>("texts");
+    const QList<int> different{2147483647, 1073741824, 536870912, 0};
+    const QList<int> wrapping{1073741824, 0, 2147483647, 2147483640};
+    QTest::newRow("ka1") << "ka1" << different << QStringList{"0.0 dB", "-18.1 dB"};
+    QTest::newRow("ka1, phone wraps") << "ka1" << wrapping << QStringList{"-6.0 dB", "-174.6 dB"};
+    QTest::newRow("ka2") << "ka2" << different
+                         << QStringList{"0.0 dB", "-6.0 dB", "-18.1 dB", "-18.1 dB"};
+    QTest::newRow("ka2, phone wraps")
+        << "ka2" << wrapping << QStringList{"-6.0 dB", "-inf dB", "-174.6 dB", "-174.6 dB"};
+    QTest::newRow("ks") << "ks" << different << QStringList{"0.0 dB"};
+}
+
+void PanelMetersTest::ofEveryModel()
+{
+    QFETCH(QString, model);
+    QFETCH(QList<int>, samples);
+    QFETCH(QStringList, texts);
+    fixture.simulated.control().setLevels({samples.cbegin(), samples.cend()});
+    fixture.start(model);
+    QTRY_COMPARE_WITH_TIMEOUT(fixture.readOuts(), texts, 5000);
+}
+
 void PanelMetersTest::readFailureLeavesTheTexts()
 {
-    fixture.simulated.control().setLevel(0, 1073741824);
-    fixture.simulated.control().setLevel(2, 1073741824);
-    fixture.start<ka1>();
-    QTRY_COMPARE_WITH_TIMEOUT(fixture.label(0)->text(), QString("-6.0 dB"), 2000);
-    const QString phone = fixture.label(1)->text();
-    fixture.simulated.control().setLevel(0, 0);
+    ofEveryModel();
+    if (QTest::currentTestFailed())
+        return;
+    QFETCH(QStringList, texts);
     fixture.simulated.control().fail(0xFFDC2074, SimulatorControl::always, 31);
+    fixture.simulated.control().setLevels(std::vector<std::int32_t>(4, 77));
     fixture.log().clear();
-    QTRY_COMPARE_WITH_TIMEOUT(fixture.log().lines(),
-                              QStringList{"Failed to read meter data from driver."}, 2000);
-    QCOMPARE(fixture.label(0)->text(), QString("-6.0 dB"));
-    QCOMPARE(fixture.label(1)->text(), phone);
+    QTRY_VERIFY_WITH_TIMEOUT(!fixture.log().lines().isEmpty(), 5000);
+    QCOMPARE(fixture.log().lines().constFirst(), QString("Failed to read meter data from driver."));
+    QCOMPARE(fixture.readOuts(), texts);
+}
+
+void PanelMetersTest::failureBeforeTheFirstReading()
+{
+    fixture.simulated.control().fail(0xFFDC2074, SimulatorControl::always, 31);
+    fixture.start(QString(QTest::currentDataTag()));
+    fixture.log().clear();
+    QTRY_VERIFY_WITH_TIMEOUT(!fixture.log().lines().isEmpty(), 5000);
+    QCOMPARE(fixture.log().lines().constFirst(), QString("Failed to read meter data from driver."));
+    QCOMPARE(fixture.readOuts().count(QString("-160 dB")), fixture.readOuts().size());
+    QVERIFY(!fixture.readOuts().isEmpty());
 }
 
 void PanelMetersTest::pace()
