@@ -10,6 +10,8 @@ build_preset()
     local folder=$root/build/$preset
     if [[ ! -f $folder/build.ninja ]]; then
         note "Configuring $preset"
+        # The presets compile much the same sources; what was compiled once is not compiled again.
+        export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
         (cd "$root" && cmake --preset "$preset") || die "configuring $preset failed"
     fi
     note "Building $preset"

@@ -1,0 +1,179 @@
+; The installer of the control panel, for one user, without administrator rights.
+;
+;   makensis -INPUTCHARSET UTF8 -DVERSION=… -DFILES=… -DICON=… -DOUTPUT=… installer.nsi
+;
+; FILES is a generated script with the macros InstallFiles and RemoveFiles. Command line:
+;
+;   setup.exe /S                 installs without questions
+;   setup.exe /S /AUTOSTART      … and starts the panel at login
+;   uninstall.exe /S             removes the program and leaves the settings
+;   uninstall.exe /S /PURGE      removes the settings too
+;
+; Exit code 3: a running copy did not end, nothing was changed.
+
+Target amd64-unicode
+SetCompressor /SOLID lzma
+
+!include "MUI2.nsh"
+!include "FileFunc.nsh"
+!include "LogicLib.nsh"
+!include "WinVer.nsh"
+!include "WinMessages.nsh"
+!include "running_copy.nsh"
+!include "${FILES}"
+
+!define PROGRAM "QuorvelDriver.exe"
+!define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\QuorvelDriver"
+!define SHORTCUT "$SMPROGRAMS\Quorvel control panel.lnk"
+!define SETTINGS_FOLDER "$APPDATA\QuorvelDriver"
+!define STILL_RUNNING 3
+
+Name "$(ProductName)"
+BrandingText "Quorvel ${VERSION}"
+OutFile "${OUTPUT}"
+RequestExecutionLevel user
+ManifestDPIAware true
+InstallDir "$LOCALAPPDATA\Programs\QuorvelDriver"
+InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
+
+!define MUI_ICON "${ICON}"
+!define MUI_UNICON "${ICON}"
+!define MUI_ABORTWARNING
+!define MUI_FINISHPAGE_RUN "$INSTDIR\${PROGRAM}"
+
+!insertmacro MUI_PAGE_WELCOME
+!insertmacro MUI_PAGE_COMPONENTS
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_COMPONENTS
+!insertmacro MUI_UNPAGE_INSTFILES
+
+!insertmacro MUI_LANGUAGE "English"
+!insertmacro MUI_LANGUAGE "SimpChinese"
+!include "texts.nsh"
+
+VIProductVersion "${VERSION}.0"
+VIFileVersion "${VERSION}.0"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "ProductName" "Quorvel control panel"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "CompanyName" "Quorvel"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "FileDescription" "Quorvel control panel setup"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "FileVersion" "${VERSION}"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "ProductVersion" "${VERSION}"
+VIAddVersionKey /LANG=${LANG_ENGLISH} "LegalCopyright" ""
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "ProductName" "Quorvel 控制面板"
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "CompanyName" "Quorvel"
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "FileDescription" "Quorvel 控制面板安装程序"
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "FileVersion" "${VERSION}"
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "ProductVersion" "${VERSION}"
+VIAddVersionKey /LANG=${LANG_SIMPCHINESE} "LegalCopyright" ""
+
+Var WasRunning
+
+!insertmacro RunningCopyFunctions ""
+!insertmacro RunningCopyFunctions "un."
+
+Section "$(ProgramSection)" ProgramSection
+    SectionIn RO
+    Call EndRunningCopy
+    ; What an older version installed goes first, so that none of its files stays behind.
+    ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+        ExecWait '"$INSTDIR\uninstall.exe" /S /UPGRADE _?=$INSTDIR'
+    ${EndIf}
+    !insertmacro InstallFiles
+    SetOutPath "$INSTDIR"
+    WriteUninstaller "$INSTDIR\uninstall.exe"
+    CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}"
+    Call RegisterProgram
+SectionEnd
+
+Section /o "$(AutostartSection)" AutostartSection
+    WriteRegStr HKCU "${RUN_KEY}" "QuorvelDriver" '"$INSTDIR\${PROGRAM}"'
+SectionEnd
+
+Section -Finish
+    ${IfNot} ${SectionIsSelected} ${AutostartSection}
+        DeleteRegValue HKCU "${RUN_KEY}" "QuorvelDriver"
+    ${EndIf}
+    ; The last page offers to start the program; without pages it is left as it was found.
+    ${If} ${Silent}
+    ${AndIf} $WasRunning = 1
+        Exec '"$INSTDIR\${PROGRAM}"'
+    ${EndIf}
+SectionEnd
+
+!insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
+    !insertmacro MUI_DESCRIPTION_TEXT ${ProgramSection} "$(ProgramDescription)"
+    !insertmacro MUI_DESCRIPTION_TEXT ${AutostartSection} "$(AutostartDescription)"
+!insertmacro MUI_FUNCTION_DESCRIPTION_END
+
+Function .onInit
+    ${IfNot} ${AtLeastWin10}
+        MessageBox MB_OK|MB_ICONSTOP "$(NeedsWindows10)" /SD IDOK
+        SetErrorLevel 2
+        Quit
+    ${EndIf}
+    ; An upgrade keeps the choice made before.
+    ReadRegStr $0 HKCU "${RUN_KEY}" "QuorvelDriver"
+    ${GetParameters} $1
+    ClearErrors
+    ${GetOptions} $1 "/AUTOSTART" $2
+    ${IfNot} ${Errors}
+    ${OrIf} $0 != ""
+        !insertmacro SelectSection ${AutostartSection}
+    ${EndIf}
+FunctionEnd
+
+Function RegisterProgram
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "$(ProductName)"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM}"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "Quorvel"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+    WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
+    WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
+    ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+    WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
+FunctionEnd
+
+Section "un.$(ProgramSection)" UnProgramSection
+    SectionIn RO
+    Call un.EndRunningCopy
+    !insertmacro RemoveFiles
+    Delete "$INSTDIR\uninstall.exe"
+    ; Only when nothing of the user's own lies in it.
+    RMDir "$INSTDIR"
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/UPGRADE" $1
+    ${If} ${Errors}
+        Delete "${SHORTCUT}"
+        DeleteRegValue HKCU "${RUN_KEY}" "QuorvelDriver"
+        DeleteRegKey HKCU "${UNINSTALL_KEY}"
+    ${EndIf}
+SectionEnd
+
+Section /o "un.$(SettingsSection)" UnSettingsSection
+    Delete "${SETTINGS_FOLDER}\ka1.ini"
+    Delete "${SETTINGS_FOLDER}\ka2.ini"
+    Delete "${SETTINGS_FOLDER}\ks.ini"
+    Delete "${SETTINGS_FOLDER}\setting.ini"
+    RMDir "${SETTINGS_FOLDER}"
+SectionEnd
+
+!insertmacro MUI_UNFUNCTION_DESCRIPTION_BEGIN
+    !insertmacro MUI_DESCRIPTION_TEXT ${UnProgramSection} "$(ProgramDescription)"
+    !insertmacro MUI_DESCRIPTION_TEXT ${UnSettingsSection} "$(SettingsDescription)"
+!insertmacro MUI_UNFUNCTION_DESCRIPTION_END
+
+Function un.onInit
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/PURGE" $1
+    ${IfNot} ${Errors}
+        !insertmacro SelectSection ${UnSettingsSection}
+    ${EndIf}
+FunctionEnd

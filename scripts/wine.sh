@@ -1,0 +1,108 @@
+# A private Windows to run the program in. Needs common.sh.
+# shellcheck shell=bash
+
+# use_wine FOLDER: all later calls, and every wine command, mean the Windows in that folder.
+use_wine()
+{
+    export WINEPREFIX=$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+    # Neither Mono nor Gecko is needed; without this Wine would offer to fetch them. The menu
+    # builder would write entries into the user's own desktop.
+    export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+}
+
+# start_wine: makes the Windows when it is not there yet, and keeps it running until stop_wine,
+# so that loaded drivers stay loaded between commands.
+start_wine()
+{
+    [[ -e $WINEPREFIX/quorvel-ready ]] || make_wine
+    keep_wine_running
+}
+
+make_wine()
+{
+    local making=$WINEPREFIX/quorvel-making
+    # What an interrupted attempt left is thrown away; a folder of somebody else's never is.
+    [[ -e $making || -z $(ls -A -- "$WINEPREFIX" 2>/dev/null) ]] ||
+        die "$WINEPREFIX is not empty; name a folder that the private Windows may have for itself"
+    note "Making a private Windows in $WINEPREFIX"
+    rm -rf -- "$WINEPREFIX"
+    mkdir -p "$WINEPREFIX"
+    : >"$making"
+    quietly wine wineboot --init
+    # Wine hides variables whose names begin with QT_ from Windows programs; these come from the
+    # registry. Qt without a screen looks for fonts in its own folder, where there are none.
+    quietly wine reg add 'HKCU\Environment' /v QT_FORCE_STDERR_LOGGING /d 1 /f
+    quietly wine reg add 'HKCU\Environment' /v QT_QPA_FONTDIR \
+        /d 'Z:\usr\share\fonts\truetype\dejavu' /f
+    quietly wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
+    # What Qt 6 needs; Debian's default is Windows 7.
+    quietly wine winecfg -v win10
+    # In its very first session the service manager stays locked: no driver starts.
+    stop_wine
+    mv "$making" "$WINEPREFIX/quorvel-ready"
+}
+
+quietly()
+{
+    "$@" >/dev/null 2>&1 || die "'$*' failed in $WINEPREFIX"
+}
+
+# copy_wine FROM TO: makes the Windows in TO a copy of the one in FROM, which must not run.
+copy_wine()
+{
+    rm -rf -- "$2"
+    mkdir -p "$2"
+    # Programs' files are never written in place, so both can have the same. The registry is.
+    cp -al -- "$1/drive_c" "$2"
+    cp -a -- "$1/dosdevices" "$1"/*.reg "$1/.update-timestamp" "$1/quorvel-ready" "$2"
+}
+
+keep_wine_running()
+{
+    # Debian's wineserver command ends with the last program, whatever it is told.
+    local server=/usr/lib/wine/wineserver64
+    [[ -x $server ]] || server=wineserver
+    # Status 2 says that it runs already.
+    local status=0
+    "$server" --persistent || status=$?
+    ((status == 0 || status == 2)) || die "the Wine server does not start"
+}
+
+stop_wine()
+{
+    [[ -e $WINEPREFIX/quorvel-ready || -e $WINEPREFIX/quorvel-making ]] || return 0
+    wineserver --kill 2>/dev/null || true
+    wineserver --wait 2>/dev/null || true
+}
+
+# load_driver FILE NAME: starts FILE as the kernel-mode driver NAME; a driver of that name that
+# already runs is replaced.
+load_driver()
+{
+    local file=$1 name=$2
+    unload_driver "$name"
+    cp --remove-destination -- "$file" "$WINEPREFIX/drive_c/windows/system32/drivers/$name.sys"
+    quietly wine sc create "$name" type= kernel start= demand \
+        binPath= "C:\\windows\\system32\\drivers\\$name.sys"
+    quietly wine net start "$name"
+}
+
+unload_driver()
+{
+    wine sc query "$1" >/dev/null 2>&1 || return 0
+    wine net stop "$1" >/dev/null 2>&1 || true
+    quietly wine sc delete "$1"
+}
+
+# use_qt SDK FOLDER: lets the programs in FOLDER find Qt, its plug-ins and the compiler's own
+# libraries where they lie. Drive Z: is the whole file system.
+use_qt()
+{
+    local path="Z:$1/bin" library
+    for library in libstdc++-6.dll libwinpthread-1.dll; do
+        path+=";Z:$(dirname -- "$(realpath "$(x86_64-w64-mingw32-g++-posix \
+            -print-file-name=$library)")")"
+    done
+    export WINEPATH=$path
+    printf '[Paths]\nPlugins = Z:%s/plugins\n' "$1" >"$2/qt.conf"
+}
