@@ -40,14 +40,14 @@ bool SystemEndurance::leaveAndReturn(const QString& model, int returns)
 void SystemEndurance::fiftyReturnsKeepNothing()
 {
     constexpr int cycles = 50;
-    const QStringList models{QStringLiteral("ka1")};
+    const QStringList models{QStringLiteral("ka1"), QStringLiteral("ka2"), QStringLiteral("ks")};
     QVERIFY(arrive(models.first()).has_value());
 
     // Panels of all models have been there before anything is counted.
     int returns = 0;
     Holdings first{};
     for (; returns < cycles; ++returns) {
-        const QString model = models.at((returns + 1) % models.size());
+        const QString& model = models.at((returns + 1) % models.size());
         QVERIFY2(leaveAndReturn(model, returns + 1), qPrintable(QString::number(returns)));
         if (returns + 1 == models.size())
             first = holdings();

@@ -84,6 +84,8 @@ void SystemStart::everyModelIsRecognised_data()
     QTest::addColumn<QString>("model");
     QTest::addColumn<QString>("number");
     QTest::newRow("KA1") << QStringLiteral("ka1") << QStringLiteral("1");
+    QTest::newRow("KA2") << QStringLiteral("ka2") << QStringLiteral("2");
+    QTest::newRow("KS") << QStringLiteral("ks") << QStringLiteral("15");
 }
 
 void SystemStart::everyModelIsRecognised()

@@ -96,7 +96,7 @@ private:
                     return false;
                 window = windows.first();
                 knobs = knobsIn(PanelSession::pictureOf(window));
-                return knobs.size() >= 3;
+                return knobs.size() >= 2;
             },
             10s);
     }

@@ -1,5 +1,6 @@
 #include "system/desktop/panel_session.h"
 
+#include "system/desktop/target.h"
 #include "system/desktop/tool.h"
 #include "system/desktop/wait_until.h"
 
@@ -11,14 +12,16 @@
 using namespace std::chrono_literals;
 
 PanelSession::PanelSession()
-    : program(qEnvironmentVariable("QUORVEL_PROGRAM",
-                                   besideThisProgram(QStringLiteral("QuorvelDriver"))))
+    : program(Target::program())
     , tool(sessionFolder.environment())
 {
 }
 
 bool PanelSession::startSimulator()
 {
+    // On Windows it is a driver, loaded before the test begins.
+    if (Target::isWindows())
+        return tool.reset();
     simulatorProgram = std::make_unique<ChildProgram>(
         QStringList{besideThisProgram(QStringLiteral("quorvel-simulator"))},
         sessionFolder.environment(), sessionFolder.path(QStringLiteral("simulator")));
@@ -70,8 +73,5 @@ QImage PanelSession::pictureOf(const DesktopWindow& window)
 
 QStringList PanelSession::panelCommand() const
 {
-    QStringList command =
-        QProcess::splitCommand(qEnvironmentVariable("QUORVEL_LAUNCHER", QString()));
-    command << program;
-    return command;
+    return Target::command(program);
 }

@@ -8,9 +8,6 @@
 #include <memory>
 
 /// The real panel with a simulated interface, seen from outside.
-///
-/// QUORVEL_PROGRAM names another program than the QuorvelDriver beside this one, and
-/// QUORVEL_LAUNCHER a command to start it with ("wine").
 class PanelSession
 {
 public:

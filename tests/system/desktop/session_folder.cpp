@@ -1,5 +1,7 @@
 #include "system/desktop/session_folder.h"
 
+#include "system/desktop/target.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -22,12 +24,17 @@ SessionFolder::SessionFolder()
         QFile::setPermissions(path(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         variables.insert(variable, path(name));
     }
+    // Windows has one settings folder for all sessions.
+    if (Target::isWindows())
+        QDir(Target::settingsFolder()).removeRecursively();
     variables.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     variables.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
-    variables.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    variables.insert(QStringLiteral("LC_ALL"), Target::utf8Locale());
 }
 
 QString SessionFolder::settingsFile(const QString& name) const
 {
+    if (Target::isWindows())
+        return Target::settingsFolder() + QLatin1Char('/') + name;
     return path(QStringLiteral("data/QuorvelDriver/") + name);
 }

@@ -1,5 +1,6 @@
 #include "system/desktop/simulator_tool.h"
 
+#include "system/desktop/target.h"
 #include "system/desktop/tool.h"
 
 #include <QRegularExpression>
@@ -99,5 +100,6 @@ QStringList SimulatorTool::traceLines() const
 
 std::optional<QString> SimulatorTool::run(const QStringList& arguments) const
 {
-    return runTool(besideThisProgram(QStringLiteral("quorvel-simctl")), arguments, variables);
+    const QStringList command = Target::tool(QStringLiteral("quorvel-simctl")) + arguments;
+    return runTool(command.first(), command.mid(1), variables);
 }

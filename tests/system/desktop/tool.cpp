@@ -14,7 +14,7 @@ std::optional<QString> runTool(const QString& program, const QStringList& argume
     if (!process.waitForFinished(timeout) || process.exitStatus() != QProcess::NormalExit ||
         process.exitCode() != 0)
         return std::nullopt;
-    return QString::fromUtf8(process.readAllStandardOutput());
+    return QString::fromUtf8(process.readAllStandardOutput()).remove(QLatin1Char('\r'));
 }
 
 QString besideThisProgram(const QString& name)

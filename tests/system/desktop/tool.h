@@ -5,9 +5,9 @@
 
 #include <optional>
 
-/// Runs a short-lived command and returns what it wrote to its standard output; nothing when it
-/// could not start, took longer than ten seconds or ended with another exit code than 0. A
-/// failing command's standard error is passed on.
+/// Runs a short-lived command and returns what it wrote to its standard output, without carriage
+/// returns; nothing when it could not start, took longer than ten seconds or ended with another
+/// exit code than 0. A failing command's standard error is passed on.
 std::optional<QString>
 runTool(const QString& program, const QStringList& arguments,
         const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());

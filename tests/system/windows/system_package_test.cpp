@@ -1,0 +1,188 @@
+#include "support/test_main.h"
+#include "system/desktop/picture_search.h"
+#include "system/desktop/system_test.h"
+#include "system/desktop/target.h"
+#include "system/desktop/tool.h"
+#include "system/desktop/tray_menu.h"
+#include "system/desktop/wait_until.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString settingsDialog = QStringLiteral("^Settings$");
+
+int area(const QRect& rectangle)
+{
+    return rectangle.width() * rectangle.height();
+}
+
+} // namespace
+
+/// What users get: the folder of the zip file and the installer, with the ASIO driver at the
+/// panel's two pipes. The installed copy's settings are those of the unpacked one.
+class SystemPackage : public SystemTest
+{
+    Q_OBJECT
+
+private slots:
+    void folderHasNothingUnknown();
+    void asioDriverOpensTheSettings();
+    void okResetsTheAsioDriver();
+    void installsAndUninstallsSilently();
+    void upgradeEndsARunningCopy();
+    void purgeRemovesTheSettings();
+
+private:
+    std::unique_ptr<ChildProgram> startPeer(const QStringList& words);
+    bool runInstaller(const QString& file, const QStringList& options);
+    bool install() { return runInstaller(setupFile(), {QStringLiteral("/S")}); }
+    bool uninstall(const QStringList& more = {});
+    static QString setupFile() { return qEnvironmentVariable("QUORVEL_SETUP"); }
+    static QString userFolder() { return QDir::cleanPath(Target::settingsFolder() + "/../../.."); }
+    static QString installed(const QString& name)
+    {
+        return userFolder() + "/AppData/Local/Programs/QuorvelDriver/" + name;
+    }
+    static QString shortcut()
+    {
+        return userFolder() + "/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/"
+                              "Quorvel control panel.lnk";
+    }
+};
+
+std::unique_ptr<ChildProgram> SystemPackage::startPeer(const QStringList& words)
+{
+    return std::make_unique<ChildProgram>(Target::tool(QStringLiteral("quorvel-asio-peer")) + words,
+                                          folder().environment(),
+                                          folder().path(QStringLiteral("peer")));
+}
+
+bool SystemPackage::runInstaller(const QString& file, const QStringList& options)
+{
+    ChildProgram installer(Target::command(file) + options, folder().environment(),
+                           folder().path(QStringLiteral("installer")));
+    return installer.waitForExit(60s).value_or(-1) == 0;
+}
+
+bool SystemPackage::uninstall(const QStringList& more)
+{
+    // The uninstaller goes on as a copy of itself and ends at once.
+    return runInstaller(installed(QStringLiteral("uninstall.exe")),
+                        QStringList{QStringLiteral("/S")} + more) &&
+           waitUntil([] { return !QFile::exists(installed({})); }, 30s);
+}
+
+void SystemPackage::folderHasNothingUnknown()
+{
+    const QString program = QFileInfo(session().programFile()).path();
+    QStringList names = QDir(program).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    names.removeIf([](const QString& name) { return name.endsWith(QLatin1String(".dll")); });
+    names.sort();
+    QCOMPARE(names, QStringList({QStringLiteral("QuorvelDriver.exe"),
+                                 QStringLiteral("QuorvelDriver_en_US.qm"),
+                                 QStringLiteral("QuorvelDriver_zh_CN.qm"),
+                                 QStringLiteral("imageformats"), QStringLiteral("licences"),
+                                 QStringLiteral("platforms"), QStringLiteral("styles")}));
+}
+
+void SystemPackage::asioDriverOpensTheSettings()
+{
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    QVERIFY(Desktop::windows(settingsDialog).isEmpty());
+    const auto peer = startPeer({QStringLiteral("open-settings")});
+    QCOMPARE(peer->waitForExit().value_or(-1), 0);
+    QVERIFY(Desktop::waitForWindow(settingsDialog).has_value());
+    QVERIFY(panel().waitForLine(
+        QStringLiteral("Received signal from pipe thread to show settings window.")));
+}
+
+void SystemPackage::okResetsTheAsioDriver()
+{
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    QVERIFY(chooseFromTrayMenu(TrayEntry::Setup));
+    const auto dialog = Desktop::waitForWindow(settingsDialog);
+    QVERIFY(dialog.has_value());
+    const auto peer = startPeer({QStringLiteral("wait-reset")});
+    QVERIFY(
+        waitUntil([&] { return peer->outputLines().contains(QStringLiteral("waiting")); }, 10s));
+
+    // The captions have the button's colour too, in small patches.
+    QRect ok;
+    QVERIFY(waitUntil(
+        [&] {
+            const auto patches =
+                patchesOf(PanelSession::pictureOf(*dialog), {QColor(0x00, 0x88, 0x88)});
+            const auto largest = std::max_element(
+                patches.begin(), patches.end(),
+                [](const QRect& one, const QRect& other) { return area(one) < area(other); });
+            if (largest == patches.end() || largest->height() < 18)
+                return false;
+            ok = *largest;
+            return true;
+        },
+        10s));
+    QVERIFY(Desktop::click(dialog->area.topLeft() + ok.center()));
+    QVERIFY(Desktop::waitForNoWindow(settingsDialog));
+    QCOMPARE(peer->waitForExit().value_or(-1), 0);
+    QCOMPARE(peer->outputLines(),
+             QStringList({QStringLiteral("waiting"), QStringLiteral("received 0x31")}));
+}
+
+void SystemPackage::installsAndUninstallsSilently()
+{
+    QVERIFY(install());
+    QVERIFY(QFile::exists(installed(QStringLiteral("QuorvelDriver.exe"))));
+    QVERIFY(QFile::exists(installed(QStringLiteral("platforms/qwindows.dll"))));
+    QVERIFY(QFile::exists(shortcut()));
+
+    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
+
+    const QString settings = folder().settingsFile(QStringLiteral("ka1.ini"));
+    QVERIFY(QFile::exists(settings));
+    QVERIFY(uninstall());
+    QVERIFY(!QFile::exists(shortcut()));
+    QVERIFY(QFile::exists(settings));
+}
+
+void SystemPackage::upgradeEndsARunningCopy()
+{
+    QVERIFY(install());
+    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    const QString settings = folder().settingsFile(QStringLiteral("ka1.ini"));
+    QVERIFY(QFile::exists(settings));
+
+    QVERIFY(install());
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
+    QVERIFY(QFile::exists(settings));
+    QVERIFY(QFile::exists(installed(QStringLiteral("QuorvelDriver.exe"))));
+    // It is left as it was found: running.
+    QVERIFY(Desktop::waitForTrayIcon().has_value());
+    QTRY_VERIFY_WITH_TIMEOUT(simulator().openHandles().value_or(0) > 0, 15000);
+    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
+    QTRY_COMPARE_WITH_TIMEOUT(simulator().openHandles().value_or(-1), 0, 15000);
+    QVERIFY(uninstall());
+}
+
+void SystemPackage::purgeRemovesTheSettings()
+{
+    QVERIFY(install());
+    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
+    QVERIFY(uninstall({QStringLiteral("/PURGE")}));
+    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(folder().settingsFile(QStringLiteral("ka1.ini"))),
+                             10000);
+}
+
+QUORVEL_TEST_MAIN(SystemPackage)
+#include "system_package_test.moc"
