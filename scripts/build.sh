@@ -8,10 +8,11 @@ build_preset()
     local preset=$1
     shift
     local folder=$root/build/$preset
+    # What was compiled once is not compiled again, in whichever checkout.
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
     if [[ ! -f $folder/build.ninja ]]; then
         note "Configuring $preset"
-        # The presets compile much the same sources; what was compiled once is not compiled again.
-        export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
         (cd "$root" && cmake --preset "$preset") || die "configuring $preset failed"
     fi
     note "Building $preset"

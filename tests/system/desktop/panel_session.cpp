@@ -15,13 +15,15 @@ PanelSession::PanelSession()
     : program(Target::program())
     , tool(sessionFolder.environment())
 {
+    // On Windows it is a driver, loaded before the test, that still has what others left.
+    if (Target::isWindows() && !tool.reset())
+        qFatal("the simulator does not answer");
 }
 
 bool PanelSession::startSimulator()
 {
-    // On Windows it is a driver, loaded before the test begins.
     if (Target::isWindows())
-        return tool.reset();
+        return true;
     simulatorProgram = std::make_unique<ChildProgram>(
         QStringList{besideThisProgram(QStringLiteral("quorvel-simulator"))},
         sessionFolder.environment(), sessionFolder.path(QStringLiteral("simulator")));
