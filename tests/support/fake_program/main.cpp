@@ -1,6 +1,9 @@
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -36,6 +39,8 @@ int main(int argc, char** argv)
             arguments << argv[i] << '\n';
     }
     std::filesystem::rename(name + ".part", name + ".arguments");
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     std::cout << contentOf(name + ".output") << std::flush;
     std::cerr << contentOf(name + ".errors") << std::flush;
 

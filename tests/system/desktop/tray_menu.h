@@ -33,6 +33,7 @@ public:
 private:
     QImage pictureAbove() const;
     bool waitUntilClosed() const;
+    bool reachWithKeyboard() const;
 
     QRect icon;
     QImage closedPicture;
