@@ -35,6 +35,7 @@ FakeProgram::FakeProgram(const QString& name)
 FakeProgram::FakeProgram(const QString& name, const Behaviour& behaviour)
     : path(QCoreApplication::applicationDirPath() + '/' + name)
 {
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
     removeAll(path);
     writeFile(path + ".output", behaviour.output);
     writeFile(path + ".errors", behaviour.errors);
