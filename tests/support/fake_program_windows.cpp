@@ -3,11 +3,10 @@
 #include "support/fake_program_files.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QThread>
 
-// Windows looks in the folder of the starting program before it looks in its own, so that is
-// where the stand-in lies; the search path comes last and would never be reached.
+// A process is looked for in the folder of the starting program before it is looked for in
+// Windows' own, so that is where the stand-in lies; the search path would never be reached.
 
 namespace {
 
@@ -35,7 +34,6 @@ FakeProgram::FakeProgram(const QString& name)
 FakeProgram::FakeProgram(const QString& name, const Behaviour& behaviour)
     : path(QCoreApplication::applicationDirPath() + '/' + name)
 {
-    QDir::setCurrent(QCoreApplication::applicationDirPath());
     removeAll(path);
     writeFile(path + ".output", behaviour.output);
     writeFile(path + ".errors", behaviour.errors);

@@ -25,27 +25,11 @@ bool TrayMenu::open()
 
 bool TrayMenu::choose(TrayEntry entry)
 {
-    if (!reachWithKeyboard())
-        return false;
-    for (int i = 1; i < static_cast<int>(entry); ++i) {
+    for (int i = 0; i < static_cast<int>(entry); ++i) {
         if (!Desktop::key(QStringLiteral("Up")))
             return false;
     }
     return Desktop::key(QStringLiteral("Return")) && waitUntilClosed();
-}
-
-bool TrayMenu::reachWithKeyboard() const
-{
-    // The keyboard may follow the menu a moment later than its picture: Up is repeated until the
-    // lowest entry lights up.
-    const QRect lowestEntries(icon.center().x() - 50, icon.top() - 110, 100, 110 + icon.height());
-    const QImage unlit = Desktop::picture(lowestEntries);
-    return waitUntil(
-        [&] {
-            return Desktop::key(QStringLiteral("Up")) &&
-                   waitUntil([&] { return Desktop::picture(lowestEntries) != unlit; }, 2s);
-        },
-        10s);
 }
 
 bool TrayMenu::close()

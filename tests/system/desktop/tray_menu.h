@@ -33,7 +33,6 @@ public:
 private:
     QImage pictureAbove() const;
     bool waitUntilClosed() const;
-    bool reachWithKeyboard() const;
 
     QRect icon;
     QImage closedPicture;

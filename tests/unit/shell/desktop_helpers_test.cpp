@@ -6,27 +6,16 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-/// The two desktop helpers with stand-ins for the programs that they start.
+/// The restart of the Explorer with a stand-in for the command interpreter.
 class DesktopHelpersTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void soundPanelOpens();
     void explorerRestarts();
     void explorerNotRunning();
     void explorerTakesTooLong();
 };
-
-void DesktopHelpersTest::soundPanelOpens()
-{
-    const FakeProgram control("control.exe");
-    TrayIcon tray;
-    DebugLog log;
-    tray.openSoundPannel();
-    QCOMPARE(log.take(), QStringList{"声音设置面板已打开。"});
-    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 5000);
-}
 
 void DesktopHelpersTest::explorerRestarts()
 {

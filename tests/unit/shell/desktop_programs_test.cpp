@@ -1,5 +1,6 @@
 #include "shell/tray_icon.h"
 #include "support/debug_log.h"
+#include "support/fake_program.h"
 #include "support/test_main.h"
 
 #include <QApplication>
@@ -8,17 +9,28 @@
 #include <QTest>
 #include <QTimer>
 
-/// The two desktop helpers without the programs that they start.
-class DesktopAbsenceTest : public QObject
+/// The two desktop helpers where the programs that they start can be replaced and absent.
+class DesktopProgramsTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void soundPanelOpens();
     void soundPanelMissing();
     void noCommandInterpreter();
 };
 
-void DesktopAbsenceTest::soundPanelMissing()
+void DesktopProgramsTest::soundPanelOpens()
+{
+    const FakeProgram control("control.exe");
+    TrayIcon tray;
+    DebugLog log;
+    tray.openSoundPannel();
+    QCOMPARE(log.take(), QStringList{"声音设置面板已打开。"});
+    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 5000);
+}
+
+void DesktopProgramsTest::soundPanelMissing()
 {
     TrayIcon tray;
     QString title;
@@ -38,7 +50,7 @@ void DesktopAbsenceTest::soundPanelMissing()
     QVERIFY(!log.lines().contains("声音设置面板已打开。"));
 }
 
-void DesktopAbsenceTest::noCommandInterpreter()
+void DesktopProgramsTest::noCommandInterpreter()
 {
     TrayIcon tray;
     DebugLog log;
@@ -48,5 +60,5 @@ void DesktopAbsenceTest::noCommandInterpreter()
     QVERIFY(!lines.contains("资源管理器已成功重启"));
 }
 
-QUORVEL_TEST_MAIN(DesktopAbsenceTest)
-#include "desktop_absence_test.moc"
+QUORVEL_TEST_MAIN(DesktopProgramsTest)
+#include "desktop_programs_test.moc"
