@@ -12,15 +12,25 @@ bool TrayMenu::open()
         return false;
     icon = *area;
     closedPicture = pictureAbove();
-    if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
-        return false;
+    // A window that was just shown takes the keyboard, and with it the menu away.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
+            return false;
+        if (waitUntilOpen())
+            return true;
+    }
+    return false;
+}
+
+bool TrayMenu::waitUntilOpen() const
+{
     return waitUntil(
         [this] {
             const QImage now = pictureAbove();
             QThread::msleep(150);
             return now != closedPicture && now == pictureAbove();
         },
-        10s);
+        5s);
 }
 
 bool TrayMenu::choose(TrayEntry entry)

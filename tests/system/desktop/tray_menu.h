@@ -32,6 +32,7 @@ public:
 
 private:
     QImage pictureAbove() const;
+    bool waitUntilOpen() const;
     bool waitUntilClosed() const;
 
     QRect icon;
