@@ -2,17 +2,21 @@
 #include "system/desktop/system_test.h"
 #include "system/desktop/wait_until.h"
 
+#include <QFileInfo>
+#include <QSharedMemory>
 #include <QSystemTrayIcon>
 
 using namespace std::chrono_literals;
 
-/// A desktop without a notification area.
+/// Surroundings that lack something: a notification area, a place for the marker of the running
+/// copy.
 class SystemBare : public SystemTest
 {
     Q_OBJECT
 
 private slots:
     void runsWithoutTray();
+    void leavesWithoutMarker();
 };
 
 void SystemBare::runsWithoutTray()
@@ -29,6 +33,20 @@ void SystemBare::runsWithoutTray()
     panel().terminate();
     QVERIFY(waitUntil([this] { return !panel().isRunning(); }, 10s));
     QTRY_COMPARE(simulator().openHandles().value_or(-1), 0);
+}
+
+void SystemBare::leavesWithoutMarker()
+{
+    // The marker's native name is made of a file, which here can neither be read nor made.
+    const QSharedMemory marker(QStringLiteral("QuorvelQtDriverSharedMemory"));
+    const QString name = QFileInfo(marker.nativeKey()).fileName();
+    QVERIFY(QFile::link(folder().path(QStringLiteral("nowhere")),
+                        folder().path(QStringLiteral("tmp/")) + name));
+    const auto copy = session().startCopy();
+    // -1, of which the system keeps the lowest eight bits.
+    QCOMPARE(copy->waitForExit().value_or(-1), 255);
+    QVERIFY(copy->debugLines().contains(QStringLiteral("无法创建共享内存，程序退出。")));
+    QVERIFY(!copy->debugLines().contains(QStringLiteral("Settings dialog created.")));
 }
 
 QUORVEL_TEST_MAIN(SystemBare)

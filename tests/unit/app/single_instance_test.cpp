@@ -3,7 +3,20 @@
 #include "support/test_main.h"
 
 #include <QElapsedTimer>
+#include <QSharedMemory>
+#include <QSystemSemaphore>
 #include <QTest>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+// By these names copies of any version find each other.
+const QString guardKey = QStringLiteral("QuorvelQtDriverSemaphore");
+const QString markerKey = QStringLiteral("QuorvelQtDriverSharedMemory");
+
+} // namespace
 
 class SingleInstanceTest : public QObject
 {
@@ -14,6 +27,8 @@ private slots:
     void secondCopy();
     void afterTheFirstIsGone();
     void guardIsReleased();
+    void guardHoldsTheDecisionBack();
+    void markerOfAnotherVersionCounts();
 };
 
 void SingleInstanceTest::firstCopy()
@@ -55,6 +70,33 @@ void SingleInstanceTest::guardIsReleased()
         QCOMPARE(next.claim(), SingleInstance::Claim::alreadyRunning);
         QVERIFY(clock.elapsed() < 1000);
     }
+}
+
+void SingleInstanceTest::guardHoldsTheDecisionBack()
+{
+    QSystemSemaphore guard(guardKey, 1, QSystemSemaphore::Open);
+    QVERIFY(guard.acquire());
+    std::atomic<bool> decided = false;
+    auto claim = SingleInstance::Claim::failed;
+    std::thread copy([&] {
+        SingleInstance instance;
+        claim = instance.claim();
+        decided = true;
+    });
+    QTest::qWait(300);
+    const bool tooEarly = decided;
+    guard.release();
+    copy.join();
+    QVERIFY(!tooEarly);
+    QCOMPARE(claim, SingleInstance::Claim::first);
+}
+
+void SingleInstanceTest::markerOfAnotherVersionCounts()
+{
+    QSharedMemory marker(markerKey);
+    QVERIFY(marker.create(1));
+    SingleInstance instance;
+    QCOMPARE(instance.claim(), SingleInstance::Claim::alreadyRunning);
 }
 
 QUORVEL_TEST_MAIN(SingleInstanceTest)

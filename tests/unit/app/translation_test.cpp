@@ -71,6 +71,8 @@ void TranslationTest::locales()
              (QStringList{"系统返回的语言代码： \"" + name + '"', "拼接后的路径： \"" + path + '"',
                           "成功加载翻译文件： \"" + path + '"'}));
     QCOMPARE(QFileInfo(translator.filePath()).fileName(), "QuorvelDriver_" + code + ".qm");
+    // True only when it was installed.
+    QVERIFY(QCoreApplication::removeTranslator(&translator));
 }
 
 void TranslationTest::missingFileFallsBackToEnglish()
@@ -85,6 +87,7 @@ void TranslationTest::missingFileFallsBackToEnglish()
              (QStringList{"拼接后的路径： \"" + folder.path() + "/QuorvelDriver_zh_CN.qm\"",
                           "加载默认翻译文件： \"" + english + '"'}));
     QVERIFY(!translator.filePath().isEmpty());
+    QVERIFY(QCoreApplication::removeTranslator(&translator));
 }
 
 void TranslationTest::noFileAtAll()
@@ -96,6 +99,7 @@ void TranslationTest::noFileAtAll()
     QCOMPARE(log.take().mid(1),
              (QStringList{"拼接后的路径： \"" + folder.path() + "/QuorvelDriver_en_US.qm\"",
                           "warning: 未找到任何翻译文件，使用原始文本"}));
+    QVERIFY(!QCoreApplication::removeTranslator(&translator));
 }
 
 void TranslationTest::folderWithPlaceholder()
