@@ -3,6 +3,9 @@
 LangString ProductName ${LANG_ENGLISH} "Quorvel control panel"
 LangString ProductName ${LANG_SIMPCHINESE} "Quorvel 控制面板"
 
+LangString WelcomeText ${LANG_ENGLISH} "This installs the control panel of the Quorvel KA1, KA2 and KS for you alone; no administrator is needed. Settings that you have made before are kept.$\r$\n$\r$\n$_CLICK"
+LangString WelcomeText ${LANG_SIMPCHINESE} "本程序将为当前用户安装 Quorvel KA1、KA2 和 KS 的控制面板，无需管理员权限。以前的设置会保留。$\r$\n$\r$\n$_CLICK"
+
 LangString ProgramSection ${LANG_ENGLISH} "Control panel"
 LangString ProgramSection ${LANG_SIMPCHINESE} "控制面板"
 LangString ProgramDescription ${LANG_ENGLISH} "The program and its entry in the Start menu."
