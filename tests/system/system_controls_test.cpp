@@ -50,13 +50,6 @@ QStringList settingsIn(const QString& name)
     return entries;
 }
 
-/// The last request that changed something; a table without cells changed nothing.
-QStringList lastChange(QStringList lines)
-{
-    lines.removeIf([](const QString& line) { return line.endsWith(QLatin1String(" table")); });
-    return lines.mid(lines.size() - 1);
-}
-
 QStringList removedFrom(QStringList lines, const QStringList& others)
 {
     lines.removeIf([&](const QString& line) { return others.contains(line); });
@@ -80,9 +73,10 @@ private:
     bool openPanel(const QString& model, int knobCount, int buttonCount);
     QStringList writes();
     QStringList settledWrites();
-    /// Acts, waits for all that follows and notes it. The steps of a drag depend on how fast the
-    /// pointer travels; of them only the last counts.
-    bool operate(const QString& what, const std::function<bool()>& act, bool onlyLast = false);
+    /// Acts, waits for all that follows and notes it.
+    bool operate(const QString& what, const std::function<bool()>& act);
+    /// Drags upwards by so many pixels, each of which must reach the device.
+    bool drag(QPoint from, int pixels);
     bool keepOrCompare(const QString& model);
 
     DesktopWindow window;
@@ -134,7 +128,16 @@ QStringList SystemControls::settledWrites()
     return now;
 }
 
-bool SystemControls::operate(const QString& what, const std::function<bool()>& act, bool onlyLast)
+bool SystemControls::drag(QPoint from, int pixels)
+{
+    int moves = 0;
+    return Desktop::drag(from, from - QPoint(0, pixels), [&] {
+        ++moves;
+        return waitUntil([&] { return writes().size() >= moves; }, 5s);
+    });
+}
+
+bool SystemControls::operate(const QString& what, const std::function<bool()>& act)
 {
     const QStringList before = settingsIn(settingsFile);
     if (!simulator().clearTrace() || !act() ||
@@ -142,7 +145,7 @@ bool SystemControls::operate(const QString& what, const std::function<bool()>& a
         return false;
     const QStringList sent = settledWrites();
     record << QStringLiteral("== ") + what;
-    record << (onlyLast ? lastChange(sent) : sent);
+    record << sent;
     record << removedFrom(settingsIn(settingsFile), before);
     return true;
 }
@@ -198,9 +201,7 @@ void SystemControls::everyControl()
         const QString name = QStringLiteral("knob %1, ").arg(i + 1);
         QVERIFY2(operate(name + QStringLiteral("wheel"), [&] { return Desktop::wheel(middle, 3); }),
                  qPrintable(name + QStringLiteral("wheel")));
-        QVERIFY2(operate(
-                     name + QStringLiteral("drag"),
-                     [&] { return Desktop::drag(middle, middle - QPoint(0, 12)); }, true),
+        QVERIFY2(operate(name + QStringLiteral("drag"), [&] { return drag(middle, 12); }),
                  qPrintable(name + QStringLiteral("drag")));
     }
     for (int i = 0; i < buttons.size(); ++i) {

@@ -129,17 +129,16 @@ bool Desktop::wheel(QPoint place, int notches)
                                  << QStringLiteral("30") << QString::number(notches > 0 ? 4 : 5));
 }
 
-bool Desktop::drag(QPoint from, QPoint to, int step)
+bool Desktop::drag(QPoint from, QPoint to, const std::function<bool()>& taken)
 {
-    QStringList arguments = moveTo(from);
-    arguments << QStringLiteral("mousedown") << QStringLiteral("1");
+    if (!xdotool(moveTo(from) << QStringLiteral("mousedown") << QStringLiteral("1")))
+        return false;
     const QPoint way = to - from;
-    const int steps = std::max({std::abs(way.x()), std::abs(way.y()), 1}) / std::max(step, 1);
-    for (int i = 1; i <= steps; ++i) {
-        arguments << moveTo(from + way * i / steps);
-        arguments << QStringLiteral("sleep") << QStringLiteral("0.02");
-    }
-    return xdotool(arguments << QStringLiteral("mouseup") << QStringLiteral("1"));
+    const int pixels = std::max(std::abs(way.x()), std::abs(way.y()));
+    bool followed = true;
+    for (int i = 1; followed && i <= pixels; ++i)
+        followed = xdotool(moveTo(from + way * i / pixels)) && taken();
+    return xdotool({QStringLiteral("mouseup"), QStringLiteral("1")}) && followed;
 }
 
 bool Desktop::key(const QString& name)

@@ -6,6 +6,7 @@
 #include <QRect>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// A window of some program on the display. The rectangle is the client area, in screen pixels.
@@ -44,8 +45,9 @@ public:
     static bool doubleClick(QPoint place);
     /// Turns the wheel over the place: notches above 0 away from the user.
     static bool wheel(QPoint place, int notches);
-    /// Moves the pointer with the left button held, in steps of at most `step` pixels.
-    static bool drag(QPoint from, QPoint to, int step = 1);
+    /// Moves the pointer with the left button held, pixel by pixel. `taken` tells after each that
+    /// the program has noticed it, lest two moves become one; false ends the drag.
+    static bool drag(QPoint from, QPoint to, const std::function<bool()>& taken);
     /// Presses and releases a key, named as in X ("Return", "alt+F4").
     static bool key(const QString& name);
     static bool type(const QString& text);
