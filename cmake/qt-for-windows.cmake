@@ -10,12 +10,14 @@ set(QT_BUILD_EXAMPLES OFF CACHE BOOL "")
 set(QT_HOST_PATH /usr CACHE PATH "")
 set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake CACHE PATH "")
 
-# tabletevent: the source package carries no wintab. direct2d stays on: the
-# Windows platform plug-in does not link without the font database it brings.
+# tabletevent: the source package carries no wintab. mimetype_database: it is
+# packed with the time of the packing, so that no two builds would be the same.
+# direct2d stays on: the Windows platform plug-in does not link without the font
+# database it brings.
 foreach(feature
         network sql dbus xml printsupport concurrent
         opengl vulkan tabletevent
-        icu glib zstd pkg_config
+        icu glib zstd pkg_config mimetype_database
         gif jpeg pdf
         qmake androiddeployqt)
     set(FEATURE_${feature} OFF CACHE BOOL "")
