@@ -1,5 +1,8 @@
 #include "support/simulated_interface.h"
 
+#include <QDeadlineTimer>
+#include <QThread>
+
 namespace {
 
 QStringList lines(const std::vector<SimulatedRequest>& requests)
@@ -35,4 +38,12 @@ QStringList SimulatedInterface::takeTrace()
 int SimulatedInterface::openHandles()
 {
     return static_cast<int>(door.state().openHandles);
+}
+
+int SimulatedInterface::settledHandles(int expected)
+{
+    const QDeadlineTimer patience(2000);
+    while (openHandles() != expected && !patience.hasExpired())
+        QThread::msleep(5);
+    return openHandles();
 }

@@ -39,7 +39,7 @@ void PanelDeviceTest::destructionClosesTheDevice()
     fixture.start(QString(QTest::currentDataTag()));
     QCOMPARE(fixture.simulated.openHandles(), 1);
     fixture.panel.reset();
-    QCOMPARE(fixture.simulated.openHandles(), 0);
+    QCOMPARE(fixture.simulated.settledHandles(0), 0);
 }
 
 QUORVEL_TEST_MAIN(PanelDeviceTest)

@@ -144,7 +144,7 @@ void SettingsDialogTest::connectDeviceReplacesTheConnection()
     fixture.create();
     for (int arrival = 0; arrival < 5; ++arrival)
         QVERIFY(fixture.dialog->connectDevice());
-    QCOMPARE(fixture.simulated.openHandles(), 1);
+    QCOMPARE(fixture.simulated.settledHandles(1), 1);
 }
 
 void SettingsDialogTest::loadWithoutFile()
@@ -274,7 +274,7 @@ void SettingsDialogTest::destruction()
     fixture.dialog.reset();
     QCOMPARE(withoutBackground(fixture.log().lines()),
              (QStringList{"Settings dialog closed and resources cleaned up.", "Pipe closed."}));
-    QCOMPARE(fixture.simulated.openHandles(), 0);
+    QCOMPARE(fixture.simulated.settledHandles(0), 0);
 }
 
 QUORVEL_TEST_MAIN(SettingsDialogTest)

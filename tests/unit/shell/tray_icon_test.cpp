@@ -210,7 +210,7 @@ void TrayIconTest::upgrade()
     DebugLog log;
     entry(tray, "Upgrade Firmware")->trigger();
     QCOMPARE(simulated.takeTrace(), QStringList{TraceText::command(1, "01 60")});
-    QCOMPARE(simulated.openHandles(), 0);
+    QCOMPARE(simulated.settledHandles(0), 0);
     QCOMPARE(log.take(), QStringList());
 }
 
