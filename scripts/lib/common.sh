@@ -1,7 +1,7 @@
 # What the commands share. Sourced, with `set -euo pipefail` already in force.
 # shellcheck shell=bash
 
-root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
 program=$(basename -- "$0")
 
 die()

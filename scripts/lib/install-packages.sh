@@ -1,12 +1,12 @@
-# Debian packages, by the lists in scripts/packages. Needs common.sh.
+# Debian packages, by the lists in scripts/debian-packages. Needs common.sh.
 # shellcheck shell=bash
 
-# packages_of LIST...: the package names of scripts/packages/LIST.txt, one per line.
+# packages_of LIST...: the package names of scripts/debian-packages/LIST.txt, one per line.
 packages_of()
 {
     local list
     for list in "$@"; do
-        sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$root/scripts/packages/$list.txt"
+        sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$root/scripts/debian-packages/$list.txt"
     done
 }
 
