@@ -4,7 +4,7 @@
 function(quorvel_common target)
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_compile_options(${target} PRIVATE
-        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
     target_compile_definitions(${target} PRIVATE
         QT_NO_MESSAGELOGCONTEXT
         QT_NO_CAST_TO_ASCII

@@ -10,19 +10,25 @@ use_wine()
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
 }
 
-# start_wine: makes the Windows when it is not there yet, and keeps it running until stop_wine,
-# so that loaded drivers stay loaded between commands.
-start_wine()
+# wine_recipe: all that decides what a private Windows is like.
+wine_recipe()
 {
-    [[ -e $WINEPREFIX/quorvel-ready ]] || make_wine
-    keep_wine_running
+    wine --version
+    cat "$root/scripts/lib/wine.sh"
+}
+
+# make_wine_once: makes the Windows when it is not there yet or was made in another way. It does
+# not run afterwards.
+make_wine_once()
+{
+    wine_recipe | cmp --silent - "$WINEPREFIX/quorvel-ready" || make_wine
 }
 
 make_wine()
 {
     local making=$WINEPREFIX/quorvel-making
     # What an interrupted attempt left is thrown away; a folder of somebody else's never is.
-    [[ -e $making || -z $(ls -A -- "$WINEPREFIX" 2>/dev/null) ]] ||
+    [[ -e $making || -e $WINEPREFIX/quorvel-ready || -z $(ls -A -- "$WINEPREFIX" 2>/dev/null) ]] ||
         die "$WINEPREFIX is not empty; name a folder that the private Windows may have for itself"
     note "Making a private Windows in $WINEPREFIX"
     rm -rf -- "$WINEPREFIX"
@@ -39,6 +45,7 @@ make_wine()
     quietly wine winecfg -v win10
     # In its very first session the service manager stays locked: no driver starts.
     stop_wine
+    wine_recipe >"$making"
     mv "$making" "$WINEPREFIX/quorvel-ready"
 }
 
@@ -57,6 +64,8 @@ copy_wine()
     cp -a -- "$1/dosdevices" "$1"/*.reg "$1/.update-timestamp" "$1/quorvel-ready" "$2"
 }
 
+# keep_wine_running: lets the Windows run until stop_wine, or until scripts/contain ends it, so that
+# loaded drivers stay loaded between commands.
 keep_wine_running()
 {
     # Debian's wineserver command ends with the last program, whatever it is told.
@@ -70,7 +79,6 @@ keep_wine_running()
 
 stop_wine()
 {
-    [[ -e $WINEPREFIX/quorvel-ready || -e $WINEPREFIX/quorvel-making ]] || return 0
     wineserver --kill 2>/dev/null || true
     wineserver --wait 2>/dev/null || true
 }
@@ -92,6 +100,13 @@ unload_driver()
     wine sc query "$1" >/dev/null 2>&1 || return 0
     wine net stop "$1" >/dev/null 2>&1 || true
     quietly wine sc delete "$1"
+}
+
+# use_utf8: has Wine take file names as UTF-8, whatever the language here; in the old "C" it would
+# lose all but ASCII.
+use_utf8()
+{
+    [[ $(locale charmap 2>/dev/null) == UTF-8 ]] || export LC_ALL=C.UTF-8
 }
 
 # use_qt SDK FOLDER: lets the programs in FOLDER find Qt, its plug-ins and the compiler's own
