@@ -1,14 +1,19 @@
 #include "system/desktop/desktop.h"
 #include "system/desktop/tray_menu.h"
+#include "system/desktop/wait_until.h"
 
 #include <QApplication>
 
 #include <cstdio>
 
+using namespace std::chrono_literals;
+
 namespace {
 
 bool visit(const QString& model)
 {
+    // Whoever started it may have had something to build first.
+    waitUntil([] { return !Desktop::trayIcons().isEmpty(); }, 60s);
     const auto icon = Desktop::waitForTrayIcon();
     if (!icon) {
         std::fputs("quorvel-visitor: there is no icon\n", stderr);
