@@ -27,6 +27,12 @@ echo ready
 """
 # It does not end when it is asked to.
 DEAF = "(trap '' INT TERM HUP; setsid sh -c 'while :; do sleep 0.2; done') &"
+MANY_FILES = """
+mkdir -p "$QUORVEL_FOLDER"/folder/{1..20}
+chmod 0 "$QUORVEL_FOLDER/folder/1"
+touch "$QUORVEL_FOLDER"/folder/{2..20}/{1..2000}
+ln -s / "$QUORVEL_FOLDER/folder/system"
+"""
 
 
 class ContainTest(unittest.TestCase):
@@ -148,8 +154,9 @@ print(key)
 
     def test_one_within_another_ends_as_well(self):
         for how in (signal.SIGTERM, signal.SIGKILL):
+            # The inner one still has much to remove when the outer has lost its patience.
             process = self.start(CONTAIN, CONTAIN, "--in", self.room.folder.name,
-                                 "bash", "-c", DEAF + FAMILY + "exec sleep 1000")
+                                 "bash", "-c", DEAF + MANY_FILES + FAMILY + "exec sleep 1000")
             self.assertEqual(process.stdout.readline(), "ready\n")
             self.end(process, how)
             process.wait(30)

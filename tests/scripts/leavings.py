@@ -60,18 +60,18 @@ class Room:
         """Notes who lives here now."""
         self.seen.update(processes_with(self.mark))
 
-    def leavings(self):
-        """What is still there, in words; empty when nothing is."""
+    def leavings(self, ignoring=()):
+        """What is still there but for these files, in words; empty when nothing is."""
         self.look()
         left = [f"process {pid}: {command_of(pid)}" for pid in processes_with(self.mark)]
-        left += [f"file {name}" for name in os.listdir(self.folder.name)]
+        left += [f"file {name}" for name in os.listdir(self.folder.name) if name not in ignoring]
         left += [f"file {name}" for name, pid in display_locks().items() if pid in self.seen]
         return left
 
-    def wait_until_empty(self, seconds):
+    def wait_until_empty(self, seconds, ignoring=()):
         """The leavings after that time at most."""
         end = time.monotonic() + seconds
-        while left := self.leavings():
+        while left := self.leavings(ignoring):
             if time.monotonic() > end:
                 return left
             time.sleep(0.1)
