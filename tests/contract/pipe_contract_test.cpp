@@ -97,6 +97,7 @@ public:
         : thread([this, work] {
             number = GetCurrentThreadId();
             result = work();
+            returned = true;
         })
     {
         while (number == 0)
@@ -105,6 +106,8 @@ public:
     }
 
     HANDLE threadHandle() const { return *handle; }
+
+    bool hasReturned() const { return returned; }
 
     /// Cancels again and again until it hits the wait.
     void cancel()
@@ -122,6 +125,7 @@ public:
 private:
     std::atomic<DWORD> number = 0;
     std::atomic<DWORD> result = 0;
+    std::atomic<bool> returned = false;
     std::optional<Handle> handle;
     std::thread thread;
 };
@@ -165,6 +169,9 @@ private slots:
     void waitingConnectIsCancelled();
     void waitingReadIsCancelled();
     void idleThreadHasNothingToCancel();
+    void waitOnAPipeIsCancelledByItsHandle_data();
+    void waitOnAPipeIsCancelledByItsHandle();
+    void otherPipesAreNotCancelled();
 
 private:
     HANDLE createPipe(DWORD mostInstances = PIPE_UNLIMITED_INSTANCES);
@@ -544,6 +551,7 @@ void PipeContractTest::invalidHandlesAreRefused()
     QCOMPARE(readFrom(handle).error, invalidHandle);
     QCOMPARE(writeTo(handle, "x"), invalidHandle);
     QCOMPARE(resultOf(CancelSynchronousIo(handle)), invalidHandle);
+    QCOMPARE(resultOf(CancelIoEx(handle, nullptr)), invalidHandle);
 }
 
 void PipeContractTest::pipeKnowsNoDeviceRequests()
@@ -593,6 +601,40 @@ void PipeContractTest::idleThreadHasNothingToCancel()
     leave = true;
     thread.join();
     QCOMPARE(error, notWaiting);
+}
+
+void PipeContractTest::waitOnAPipeIsCancelledByItsHandle_data()
+{
+    QTest::addColumn<bool>("hasClient");
+    QTest::newRow("for a client") << false;
+    QTest::newRow("for a message") << true;
+}
+
+void PipeContractTest::waitOnAPipeIsCancelledByItsHandle()
+{
+    QFETCH(bool, hasClient);
+    const Handle pipe(createPipe());
+    const Handle client(hasClient ? openPipe() : INVALID_HANDLE_VALUE);
+    WaitingThread thread([&] { return hasClient ? readFrom(pipe).error : connectPipe(pipe); });
+    while (!thread.hasReturned()) {
+        CancelIoEx(pipe, nullptr);
+        Sleep(1);
+    }
+    QCOMPARE(thread.join(), aborted);
+}
+
+void PipeContractTest::otherPipesAreNotCancelled()
+{
+    const Handle pipe(createPipe());
+    const Handle other(createPipe());
+    WaitingThread thread([&] { return connectPipe(pipe); });
+    Sleep(300);
+    CancelIoEx(other, nullptr);
+    Sleep(100);
+    const bool returned = thread.hasReturned();
+    thread.cancel();
+    QCOMPARE(thread.join(), aborted);
+    QVERIFY(!returned);
 }
 
 QUORVEL_TEST_MAIN(PipeContractTest)

@@ -129,6 +129,11 @@ BOOL CancelSynchronousIo(HANDLE)
     return 0;
 }
 
+BOOL CancelIoEx(HANDLE, LPOVERLAPPED)
+{
+    return 0;
+}
+
 BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
                      DWORD outputSize, LPDWORD returned, LPOVERLAPPED)
 {

@@ -2,6 +2,7 @@
 #include "platform/port/device_path.h"
 #include "platform/port/pipe_object.h"
 #include "platform/port/runtime_folder.h"
+#include "platform/port/thread_wait.h"
 #include "platform/port/win32_port.h"
 
 namespace {
@@ -31,8 +32,10 @@ HANDLE newHandle(std::shared_ptr<PortObject> object, DWORD error)
 template <class Kind, class Action> BOOL callOn(HANDLE handle, Action action)
 {
     const HandleTable& table = HandleTable::instance();
-    if (const auto object = table.find<Kind>(handle))
+    if (const auto object = table.find<Kind>(handle)) {
+        const HandleUse use(handle);
         return result(action(*object));
+    }
     return result(table.find<PortObject>(handle) == nullptr ? ERROR_INVALID_HANDLE
                                                             : ERROR_INVALID_FUNCTION);
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <vector>
 
 namespace {
 
@@ -35,6 +36,15 @@ public:
         const std::lock_guard lock(mutex);
         const auto found = places.find(threadId);
         return found == places.end() ? nullptr : found->second;
+    }
+
+    std::vector<std::shared_ptr<ThreadWait>> all()
+    {
+        const std::lock_guard lock(mutex);
+        std::vector<std::shared_ptr<ThreadWait>> result;
+        for (const auto& [threadId, place] : places)
+            result.push_back(place);
+        return result;
     }
 
 private:
@@ -93,13 +103,27 @@ bool ThreadWait::wait(int socket, short events)
     return ::read(wakeUp.get(), &count, sizeof count) < 0;
 }
 
-bool ThreadWait::cancel()
+void ThreadWait::use(HANDLE handle)
 {
     const std::lock_guard lock(mutex);
-    if (!waiting)
+    used = handle;
+}
+
+bool ThreadWait::cancel(HANDLE handle)
+{
+    const std::lock_guard lock(mutex);
+    if (!waiting || (handle != nullptr && handle != used))
         return false;
     const std::uint64_t one = 1;
     return ::write(wakeUp.get(), &one, sizeof one) == sizeof one;
+}
+
+bool ThreadWait::cancelAllOn(HANDLE handle)
+{
+    bool any = false;
+    for (const std::shared_ptr<ThreadWait>& place : Registry::instance().all())
+        any = place->cancel(handle) || any;
+    return any;
 }
 
 DWORD GetCurrentThreadId()
@@ -124,4 +148,11 @@ BOOL CancelSynchronousIo(HANDLE thread)
     if (object == nullptr)
         return failWith(ERROR_INVALID_HANDLE);
     return object->cancel() ? TRUE : failWith(ERROR_NOT_FOUND);
+}
+
+BOOL CancelIoEx(HANDLE file, LPOVERLAPPED)
+{
+    if (HandleTable::instance().find<PortObject>(file) == nullptr)
+        return failWith(ERROR_INVALID_HANDLE);
+    return ThreadWait::cancelAllOn(file) ? TRUE : failWith(ERROR_NOT_FOUND);
 }

@@ -23,13 +23,30 @@ public:
     /// when it was cancelled.
     bool wait(int socket, short events);
 
-    /// Wakes the thread. False when it does not wait.
-    bool cancel();
+    /// Notes on which handle the thread works from now on, null for none.
+    void use(HANDLE handle);
+
+    /// Wakes the thread. False when it does not wait, or not on this handle (null means any).
+    bool cancel(HANDLE handle = nullptr);
+
+    /// Wakes all threads that wait in a call on this handle. False when there is none.
+    static bool cancelAllOn(HANDLE handle);
 
 private:
     FileDescriptor wakeUp;
     std::mutex mutex;
     bool waiting = false;
+    HANDLE used = nullptr;
+};
+
+/// A call of this thread on a handle.
+class HandleUse
+{
+public:
+    explicit HandleUse(HANDLE handle) { ThreadWait::current().use(handle); }
+    ~HandleUse() { ThreadWait::current().use(nullptr); }
+    HandleUse(const HandleUse&) = delete;
+    HandleUse& operator=(const HandleUse&) = delete;
 };
 
 /// An open handle on a thread.

@@ -121,6 +121,10 @@ HANDLE OpenThread(DWORD access, BOOL inherit, DWORD threadId);
 /// with ERROR_NOT_FOUND when the thread waits in none.
 BOOL CancelSynchronousIo(HANDLE thread);
 
+/// Does the same to all threads of this process that wait in a call on this pipe. `overlapped` is
+/// null. FALSE with ERROR_NOT_FOUND when none waits, where Windows may say TRUE.
+BOOL CancelIoEx(HANDLE file, LPOVERLAPPED overlapped);
+
 /// Blocks the calling thread for that many milliseconds.
 void Sleep(DWORD milliseconds);
 
