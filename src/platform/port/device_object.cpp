@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr std::chrono::milliseconds longestClosing(500);
+
 /// Sends one request and receives its answer. False when the serving process is gone.
 bool ask(int socket, const DeviceRequest& request, const void* input, void* output,
          DeviceAnswer& answer)
@@ -64,6 +66,7 @@ std::shared_ptr<DeviceObject> DeviceObject::open(const std::string& name, DWORD&
 
 DeviceObject::~DeviceObject()
 {
+    limitWaiting(socket.get(), longestClosing);
     DeviceAnswer answer = {};
     ask(socket.get(), {DeviceCall::close, 0, 0, 0}, nullptr, nullptr, answer);
 }

@@ -15,7 +15,8 @@ public:
     /// Opens the device; null with the Windows error number in `error` on failure.
     static std::shared_ptr<DeviceObject> open(const std::string& name, DWORD& error);
 
-    /// Tells the serving process and waits until it has taken note.
+    /// Tells the serving process and waits until it has taken note, half a second at the most: it
+    /// may be stopped.
     ~DeviceObject() override;
 
     /// As DeviceIoControl. Returns the Windows error number, ERROR_SUCCESS when it succeeded.

@@ -65,6 +65,26 @@ FileDescriptor connectSocket(const std::string& path, bool wait)
     return socket;
 }
 
+bool socketIsServed(const std::string& path)
+{
+    sockaddr_un address;
+    // A socket of another kind is refused with EPROTOTYPE by one that is open.
+    const FileDescriptor probe(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!probe.isValid() || !fillAddress(address, path))
+        return true;
+    return ::connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+               0 ||
+           (errno != ECONNREFUSED && errno != ENOENT);
+}
+
+void limitWaiting(int socket, std::chrono::milliseconds longest)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
+    const timeval limit = {seconds.count(), std::chrono::microseconds(longest - seconds).count()};
+    for (const int option : {SO_SNDTIMEO, SO_RCVTIMEO})
+        ::setsockopt(socket, SOL_SOCKET, option, &limit, sizeof limit);
+}
+
 FileDescriptor listenOnSocket(const std::string& path, int queue)
 {
     sockaddr_un address;

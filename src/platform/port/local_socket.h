@@ -2,6 +2,7 @@
 
 #include "platform/port/file_descriptor.h"
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <sys/types.h>
@@ -12,6 +13,12 @@
 
 /// Connects to the socket file. With `wait` false a full queue fails at once with EAGAIN.
 FileDescriptor connectSocket(const std::string& path, bool wait);
+
+/// False when no process has the socket of this file open any more. Nobody is connected to.
+bool socketIsServed(const std::string& path);
+
+/// Lets no call on the socket wait longer than this.
+void limitWaiting(int socket, std::chrono::milliseconds longest);
 
 /// Listens on a new non-blocking socket file; `queue` + 1 clients can be connected ahead of
 /// accept().

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -42,12 +41,12 @@ std::vector<std::string> PipeFolder::sockets() const
     std::vector<std::string> result;
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-        const std::string file = entry.path().filename().string();
-        if (file == "lock")
+        const std::string path = entry.path().string();
+        if (path == lockFile)
             continue;
-        const int process = std::atoi(file.c_str());
-        if (process > 0 && (::kill(process, 0) == 0 || errno != ESRCH))
-            result.push_back(entry.path().string());
+        // Asked of the socket, since the number of a dead process is given out again.
+        if (socketIsServed(path))
+            result.push_back(path);
         else
             std::filesystem::remove(entry.path(), ignored);
     }

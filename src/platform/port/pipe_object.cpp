@@ -46,7 +46,6 @@ std::shared_ptr<PipeInstance> PipeInstance::create(const std::string& name, DWOR
         return nullptr;
     }
     const std::string path = folder.newSocket(limit);
-    ::unlink(path.c_str()); // Left behind by an earlier process with our number.
     FileDescriptor listener = listenOnSocket(path, 0);
     if (!listener.isValid())
         return nullptr;

@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <future>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -80,6 +81,7 @@ private slots:
     void openFolderIsRefused();
     void handleOutlivesItsHost();
     void crashedProgramLosesItsHandles();
+    void stoppedHostHoldsUpNoClosing();
 };
 
 void SimulatorHostTest::helpIsShown()
@@ -223,6 +225,24 @@ void SimulatorHostTest::crashedProgramLosesItsHandles()
     QCOMPARE(::kill(child, SIGKILL), 0);
     QCOMPARE(::waitpid(child, nullptr, 0), child);
     QTRY_COMPARE(simulated.openHandles(), 0);
+}
+
+void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
+{
+    HostProcess host({"--model", "ka1"});
+    QVERIFY(host.isReady());
+    SimulatorControl control;
+    QVERIFY(control.open());
+    const HANDLE device = openDevice(LR"(\\.\QuorvelAudioBus0)");
+    QCOMPARE(control.state().openHandles, 1u);
+    const auto pid = static_cast<pid_t>(host.process.processId());
+    QCOMPARE(::kill(pid, SIGSTOP), 0);
+    std::future<BOOL> closing = std::async(std::launch::async, [=] { return CloseHandle(device); });
+    const std::future_status status = closing.wait_for(std::chrono::seconds(2));
+    QCOMPARE(::kill(pid, SIGCONT), 0);
+    QVERIFY(closing.get());
+    QVERIFY(status == std::future_status::ready);
+    QTRY_COMPARE(control.state().openHandles, 0u);
 }
 
 QUORVEL_TEST_MAIN(SimulatorHostTest)
