@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 /// The server side of one message pipe: one client and one message at a time. Every call blocks
 /// and is told in one debug line. Not thread-safe.
 class PipeEndpoint
@@ -12,8 +14,13 @@ class PipeEndpoint
 public:
     static constexpr DWORD messageSize = 1024; ///< bytes that readMessage() takes at the most
 
+    /// Is told true right before a call waits in the system, where it holds nothing that other
+    /// threads need, and false right after; in the thread that waits.
+    using WaitWatch = std::function<void(bool waits)>;
+
     /// Creates nothing yet. The path is a full one, such as "\\.\pipe\NAME".
-    explicit PipeEndpoint(const QString& path);
+    explicit PipeEndpoint(
+        const QString& path, WaitWatch watch = [](bool) {});
     ~PipeEndpoint();
     PipeEndpoint(const PipeEndpoint&) = delete;
     PipeEndpoint& operator=(const PipeEndpoint&) = delete;
@@ -32,11 +39,22 @@ public:
     /// no other client gets in. Harmless otherwise.
     void dropClient();
 
+    /// Ends the wait that another thread is in; it fails with error 995. Harmless otherwise. May
+    /// be called from any thread while the pipe is neither created nor closed, like knock().
+    void cancelWait();
+
+    /// Comes as a client and leaves at once, which ends a wait for clients where the system does
+    /// not cancel it.
+    void knock();
+
     void closePipe();
 
 private:
     bool connectClient();
+    /// The error of a call that may wait.
+    template <typename Call> DWORD errorOf(Call call) const;
 
     QString name;
+    WaitWatch waitWatch;
     HANDLE handle = INVALID_HANDLE_VALUE;
 };

@@ -2,6 +2,7 @@
 
 #include "asio/pipe_endpoint.h"
 
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QtEndian>
 
@@ -11,13 +12,17 @@ namespace {
 
 constexpr unsigned long clientPause = 100; // ms, between two clients
 constexpr unsigned long nudge = 10;        // ms, between two attempts to end a wait
+constexpr int gentleTime = 200;            // ms, in which only cancelling is tried
+constexpr int longestTry = 350;            // ms, then the thread is terminated
+constexpr unsigned long lastWait = 100;    // ms, for a terminated thread
 constexpr std::size_t fieldCount = 5;
 
 } // namespace
 
 ThreadSettingsPip::ThreadSettingsPip(QObject* parent)
     : QThread(parent)
-    , pipe(std::make_unique<PipeEndpoint>(QStringLiteral(R"(\\.\pipe\QuorvelASIOToPannel)")))
+    , pipe(std::make_unique<PipeEndpoint>(QStringLiteral(R"(\\.\pipe\QuorvelASIOToPannel)"),
+                                          [](bool waits) { setTerminationEnabled(waits); }))
 {
     if (pipe->createPipe())
         qDebug() << "ThreadSettingsPip initialized.";
@@ -27,12 +32,14 @@ ThreadSettingsPip::ThreadSettingsPip(QObject* parent)
 
 ThreadSettingsPip::~ThreadSettingsPip()
 {
-    stop();
-    pipe.reset();
+    // Closing a pipe that a thread still waits in would wait as well.
+    if (!stop())
+        static_cast<void>(pipe.release());
 }
 
 void ThreadSettingsPip::run()
 {
+    setTerminationEnabled(false);
     worker.reset(OpenThread(THREAD_TERMINATE, FALSE, GetCurrentThreadId()));
     workerIsKnown = true;
     while (isRunning() && !stopping) {
@@ -63,12 +70,23 @@ void ThreadSettingsPip::serveClient()
     }
 }
 
-void ThreadSettingsPip::stop()
+/// False when the thread could not be ended.
+bool ThreadSettingsPip::stop()
 {
     stopping = true;
+    const QDeadlineTimer gentle(gentleTime);
+    const QDeadlineTimer deadline(longestTry);
     // Repeated, because a cancellation finds nothing when the thread is just about to wait.
     while (!wait(nudge)) {
+        if (deadline.hasExpired()) {
+            terminate();
+            return wait(lastWait);
+        }
         if (workerIsKnown)
             CancelSynchronousIo(worker.get());
+        pipe->cancelWait();
+        if (gentle.hasExpired())
+            pipe->knock();
     }
+    return true;
 }

@@ -18,7 +18,8 @@ class ThreadSettingsPip : public QThread
 public:
     /// Creates the pipe; a thread without one can still be started and reports it at its pace.
     explicit ThreadSettingsPip(QObject* parent);
-    /// Ends the loop wherever it waits, and only then closes the pipe.
+    /// Ends the loop wherever it waits, and only then closes the pipe. Takes less than half a
+    /// second, whatever the system refuses.
     ~ThreadSettingsPip() override;
 
 signals:
@@ -30,7 +31,7 @@ protected:
 
 private:
     void serveClient();
-    void stop();
+    bool stop();
 
     std::unique_ptr<PipeEndpoint> pipe;
     std::atomic<bool> stopping = false;
