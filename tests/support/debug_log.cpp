@@ -9,7 +9,18 @@ QMutex mutex;
 QStringList* collected = nullptr;
 QtMessageHandler previousHandler = nullptr;
 
-void collect(QtMsgType type, const QMessageLogContext&, const QString& text)
+/// Empty for a line of the common category that tells no place in the sources, as all of ours
+/// have to be.
+QString oddity(const QMessageLogContext& context)
+{
+    if (qstrcmp(context.category, "default") == 0 && context.file == nullptr && context.line == 0)
+        return {};
+    return QStringLiteral("[%1 %2:%3] ")
+        .arg(QLatin1String(context.category), QLatin1String(context.file))
+        .arg(context.line);
+}
+
+void collect(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     const QMutexLocker lock(&mutex);
     if (collected == nullptr)
@@ -17,7 +28,7 @@ void collect(QtMsgType type, const QMessageLogContext&, const QString& text)
     // A copy in full: what two threads share is counted inside the toolkit, out of the thread
     // sanitizer's sight.
     const QLatin1String prefix(type == QtDebugMsg ? "" : "warning: ");
-    collected->append(prefix + QString(text.constData(), text.size()));
+    collected->append(oddity(context) + prefix + QString(text.constData(), text.size()));
 }
 
 } // namespace

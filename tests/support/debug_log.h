@@ -12,7 +12,8 @@ public:
     DebugLog(const DebugLog&) = delete;
     DebugLog& operator=(const DebugLog&) = delete;
 
-    /// All lines so far, in order. Warnings read "warning: " + text.
+    /// All lines so far, in order. Warnings read "warning: " + text. A line of another category
+    /// than "default", or with a place in the sources, begins with these in brackets.
     QStringList lines() const;
 
     /// The lines since the last take() or clear(), which are forgotten.

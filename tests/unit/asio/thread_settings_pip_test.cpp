@@ -1,3 +1,4 @@
+#include "line_watch.h"
 #include "pip_stage.h"
 #include "support/test_main.h"
 
@@ -6,6 +7,7 @@
 #include <QTest>
 #include <QtEndian>
 
+#include <optional>
 #include <thread>
 
 namespace {
@@ -249,10 +251,22 @@ void ThreadSettingsPipTest::pipeCouldNotBeCreated()
                           "Failed to create named pipe in ThreadSettingsPip."}));
     QElapsedTimer timer;
     timer.start();
+    qint64 last = -1;
+    qint64 shortest = 1000;
+    std::optional<LineWatch> watch;
+    watch.emplace(PipStage::running, [&] {
+        const qint64 now = timer.elapsed();
+        if (last >= 0)
+            shortest = qMin(shortest, now - last);
+        last = now;
+    });
     stage->thread->start();
     QTest::qWait(2050);
     const QStringList lines = stage->log().take();
     const qint64 elapsed = timer.elapsed();
+    stage->stop();
+    watch.reset();
+    QVERIFY2(shortest >= 99 && shortest < 150, qPrintable(QString::number(shortest)));
     const qsizetype passes = lines.count(PipStage::running);
     QVERIFY2(passes <= elapsed / 99 + 1, qPrintable(QString::number(passes)));
     QVERIFY2(passes >= elapsed / 200, qPrintable(QString::number(passes)));

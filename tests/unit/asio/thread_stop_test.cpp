@@ -1,4 +1,5 @@
 #include "asio/thread_settings_pip.h"
+#include "line_watch.h"
 #include "support/debug_log.h"
 #include "support/recorded_platform.h"
 #include "support/test_main.h"
@@ -6,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -49,6 +51,7 @@ private slots:
     void ways();
     void withoutAPipe();
     void withoutAThread();
+    void terminatedInItsWaitsOnly();
 
 private:
     void create(const Script& script);
@@ -140,6 +143,7 @@ void ThreadStopTest::ways()
     QVERIFY(calls.indexOf("CloseHandle 4") > calls.indexOf(finished));
     QCOMPARE(calls.filter("OpenThread"), QStringList{"OpenThread 1 0 self"});
     QCOMPARE(calls.contains("CloseHandle 8"), script.threadsOpen || lines.contains(readBroken));
+    QVERIFY(!calls.contains("CloseHandle 0"));
     if (calls.join(u'\n').contains("CancelIoEx"))
         QVERIFY(calls.contains("CancelIoEx 4 null"));
     const QStringList knocks = calls.filter("CreateFileW");
@@ -171,6 +175,31 @@ void ThreadStopTest::withoutAThread()
     const qint64 time = stop();
     QVERIFY2(time < longestStop, qPrintable(QString("%1 ms").arg(time)));
     QCOMPARE(log->take(), QStringList{parted});
+}
+
+void ThreadStopTest::terminatedInItsWaitsOnly()
+{
+    create({});
+    std::atomic<bool> busy = false;
+    std::atomic<bool> goOn = false;
+    {
+        // Whoever writes a line may hold a lock that the rest of the program needs.
+        const LineWatch watch(running, [&] {
+            busy = true;
+            while (!goOn)
+                QTest::qSleep(1);
+            RecordedPlatform::note("line written");
+        });
+        thread->start(QThread::InheritPriority);
+        QTRY_VERIFY(busy);
+        thread->terminate();
+        QTest::qWait(50);
+        goOn = true;
+        QTRY_VERIFY(thread->isFinished());
+    }
+    const QStringList calls = RecordedPlatform::takeCalls();
+    QVERIFY(calls.contains("line written"));
+    QVERIFY(!calls.contains("ConnectNamedPipe 4 null"));
 }
 
 QUORVEL_TEST_MAIN(ThreadStopTest)

@@ -1,0 +1,166 @@
+#include "asio/asio_reset.h"
+#include "asio/pipe_endpoint.h"
+#include "support/recorded_platform.h"
+#include "support/test_main.h"
+
+#include <QTest>
+
+#include <array>
+
+using RecordedPlatform::Script;
+
+namespace {
+
+const QString resetOpen =
+    QStringLiteral(R"(CreateFileW \\.\pipe\QuorvelPannelToASIO C0000000 0 null 3 0 null)");
+const QString opened = QStringLiteral("Pipe opened successfully.");
+const QString sent = QStringLiteral("ASIO reset signal sent successfully.");
+const QString lastLine = QStringLiteral("设置通知ASIO逻辑");
+const QString pipeCreation =
+    QStringLiteral(R"(CreateNamedPipeW \\.\pipe\Test 3 6 255 65536 65536 300 null)");
+
+void noteLine(QtMsgType, const QMessageLogContext&, const QString& text)
+{
+    RecordedPlatform::note(text);
+}
+
+} // namespace
+
+/// Every call that leaves this room, with all of its arguments, in order with the debug lines.
+class AsioCallsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void reset();
+    void resetRefused();
+    void resetNotWritten();
+    void endpoint();
+    void endpointRefused();
+    void endpointWrites();
+    void waitsAreTold();
+
+private:
+    QtMessageHandler previous = nullptr;
+};
+
+void AsioCallsTest::init()
+{
+    RecordedPlatform::reset();
+    previous = qInstallMessageHandler(noteLine);
+}
+
+void AsioCallsTest::cleanup()
+{
+    qInstallMessageHandler(previous);
+}
+
+void AsioCallsTest::reset()
+{
+    sendAsioReset();
+    QCOMPARE(RecordedPlatform::takeCalls(), (QStringList{resetOpen, opened, "WriteFile 4 31 null",
+                                                         sent, "CloseHandle 4", lastLine}));
+}
+
+void AsioCallsTest::resetRefused()
+{
+    Script script;
+    script.openErrors = {5};
+    RecordedPlatform::reset(script);
+    sendAsioReset();
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{resetOpen, "Error: Could not open pipe. Error code: 5"}));
+}
+
+void AsioCallsTest::resetNotWritten()
+{
+    Script script;
+    script.writeError = 232;
+    RecordedPlatform::reset(script);
+    sendAsioReset();
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{resetOpen, opened, "WriteFile 4 31 null",
+                          "Error: Failed to send ASIO reset signal. Error code: 232",
+                          "CloseHandle 4", lastLine}));
+}
+
+void AsioCallsTest::endpoint()
+{
+    Script script;
+    script.silentClient = true;
+    RecordedPlatform::reset(script);
+    PipeEndpoint endpoint(R"(\\.\pipe\Test)");
+    QCOMPARE(RecordedPlatform::takeCalls(), QStringList());
+    QVERIFY(endpoint.createPipe());
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{pipeCreation, "Pipe created successfully."}));
+    endpoint.dropClient();
+    endpoint.cancelWait();
+    endpoint.knock();
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{"DisconnectNamedPipe 4", "CancelIoEx 4 null",
+                          R"(CreateFileW \\.\pipe\Test C0000000 0 null 3 0 null)"}));
+    endpoint.closePipe();
+    const QStringList closing{"DisconnectNamedPipe 4", "CloseHandle 4", "Pipe closed."};
+    QCOMPARE(RecordedPlatform::takeCalls(), closing);
+    endpoint.closePipe();
+    QCOMPARE(RecordedPlatform::takeCalls(), QStringList());
+}
+
+void AsioCallsTest::endpointRefused()
+{
+    Script script;
+    script.createError = 5;
+    RecordedPlatform::reset(script);
+    {
+        PipeEndpoint endpoint(R"(\\.\pipe\Test)");
+        QVERIFY(!endpoint.createPipe());
+        QCOMPARE(RecordedPlatform::takeCalls(),
+                 (QStringList{pipeCreation, "Error: Could not create pipe. Error code: 5"}));
+        std::array<char, PipeEndpoint::messageSize> buffer{};
+        QVERIFY(!endpoint.readMessage(buffer.data()));
+        QCOMPARE(RecordedPlatform::takeCalls(),
+                 (QStringList{"ConnectNamedPipe 18446744073709551615 null",
+                              "Error connecting to pipe. Error code: 6"}));
+        endpoint.knock(); // Whoever has the pipe of that name is not disturbed.
+    }
+    QCOMPARE(RecordedPlatform::takeCalls(), QStringList());
+}
+
+void AsioCallsTest::endpointWrites()
+{
+    Script script;
+    script.silentClient = true;
+    RecordedPlatform::reset(script);
+    PipeEndpoint endpoint(R"(\\.\pipe\Test)");
+    QVERIFY(endpoint.createPipe());
+    RecordedPlatform::takeCalls();
+    QVERIFY(endpoint.writeMessage("ab"));
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{"ConnectNamedPipe 4 null", "WriteFile 4 6162 null",
+                          R"(Data written to pipe: "ab")", "DisconnectNamedPipe 4"}));
+}
+
+void AsioCallsTest::waitsAreTold()
+{
+    Script script;
+    script.silentClient = true;
+    script.writeError = 232;
+    RecordedPlatform::reset(script);
+    PipeEndpoint endpoint(R"(\\.\pipe\Test)", [](bool waits) {
+        RecordedPlatform::note(waits ? "waits" : "waits no more");
+    });
+    QVERIFY(endpoint.createPipe());
+    RecordedPlatform::takeCalls();
+    QVERIFY(!endpoint.writeMessage("ab"));
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{"waits", "ConnectNamedPipe 4 null", "waits no more", "waits",
+                          "WriteFile 4 6162 null", "waits no more",
+                          "Error writing to pipe. Error code: 232", "DisconnectNamedPipe 4"}));
+}
+
+QUORVEL_TEST_MAIN(AsioCallsTest)
+#include "asio_calls_test.moc"
