@@ -24,6 +24,9 @@ private slots:
     void outParameters();
     void querySampleRate();
     void queryValue829();
+    void flag8_data();
+    void flag8();
+    void flag8Refused();
     void bufferSizeIsLoggedOnSuccessOnly();
     void meterBlock();
     void shortAnswersLeaveZeros();
@@ -106,8 +109,52 @@ void DriverReadsTest::queryValue829()
     DriverDevice device;
     QCOMPARE(device.queryValue829(), 0U);
     QVERIFY(device.open());
-    device.queryValue829();
+    simulated.control().setDriverValue(0xFEDCBA98);
+    QCOMPARE(device.queryValue829(), 0xFEDCBA98U);
     QCOMPARE(simulated.takeTrace(), QStringList{TraceText::request(1, 0xFFDC20A4, 4)});
+    simulated.control().fail(0xFFDC20A4, 1, 31);
+    QCOMPARE(device.queryValue829(), 0U);
+    simulated.control().answerShort(0xFFDC20A4, 1, 1);
+    QCOMPARE(device.queryValue829(), 0x98U);
+}
+
+void DriverReadsTest::flag8_data()
+{
+    QTest::addColumn<int>("byte");
+    QTest::addColumn<bool>("flag");
+    QTest::newRow("zero") << 0 << false;
+    QTest::newRow("one") << 1 << true;
+    QTest::newRow("two") << 2 << true;
+    QTest::newRow("all bits") << 255 << true;
+}
+
+void DriverReadsTest::flag8()
+{
+    QFETCH(int, byte);
+    QFETCH(bool, flag);
+    DriverDevice device;
+    QVERIFY(device.open());
+    QVERIFY(device.setValue8(static_cast<std::uint8_t>(byte)));
+    bool result = !flag;
+    QVERIFY(device.getFlag8(result));
+    QCOMPARE(result, flag);
+    QCOMPARE(simulated.takeTrace().constLast(), TraceText::request(1, 0xFFDC20B8, 1));
+}
+
+void DriverReadsTest::flag8Refused()
+{
+    DriverDevice device;
+    for (const bool before : {false, true}) {
+        bool result = before;
+        device.close();
+        QVERIFY(!device.getFlag8(result));
+        QCOMPARE(result, before);
+        QVERIFY(device.open());
+        QVERIFY(device.setValue8(before ? 0 : 1));
+        simulated.control().fail(0xFFDC20B8, 1, 31);
+        QVERIFY(!device.getFlag8(result));
+        QCOMPARE(result, before);
+    }
 }
 
 void DriverReadsTest::bufferSizeIsLoggedOnSuccessOnly()
@@ -157,11 +204,13 @@ void DriverReadsTest::shortAnswersLeaveZeros()
 
 void DriverReadsTest::usbStatus()
 {
-    simulated.control().setErrorCount(0x01020304);
+    simulated.control().setUsbStatus(0xABCD, 0xEF, 0x01020304);
     DriverDevice device;
     QVERIFY(device.open());
     UsbStatus status;
     QVERIFY(device.readUsbStatus(status));
+    QCOMPARE(std::uint32_t{status.statusWord}, 0xABCDU);
+    QCOMPARE(std::uint32_t{status.statusByte}, 0xEFU);
     QCOMPARE(std::uint32_t{status.usbErrorCount}, 0x01020304U);
     QCOMPARE(simulated.takeTrace(), QStringList{TraceText::request(1, 0xFFDC20C0, 7)});
 }
@@ -169,28 +218,32 @@ void DriverReadsTest::usbStatus()
 void DriverReadsTest::usbStatusOnClosedDevice()
 {
     DriverDevice device;
-    UsbStatus status;
-    status.usbErrorCount = 99;
+    UsbStatus status{.statusWord = 97, .statusByte = 98, .usbErrorCount = 99};
     QVERIFY(!device.readUsbStatus(status));
+    QCOMPARE(std::uint32_t{status.statusWord}, 97U);
+    QCOMPARE(std::uint32_t{status.statusByte}, 98U);
     QCOMPARE(std::uint32_t{status.usbErrorCount}, 99U);
 }
 
 void DriverReadsTest::usbStatusAfterFailureKeepsTheLastReading()
 {
-    simulated.control().setErrorCount(3);
+    simulated.control().setUsbStatus(1, 2, 3);
     DriverDevice device;
     QVERIFY(device.open());
     simulated.control().fail(0xFFDC20C0, 1, 31);
-    UsbStatus status;
-    status.usbErrorCount = 99;
+    UsbStatus status{.statusWord = 97, .statusByte = 98, .usbErrorCount = 99};
     QVERIFY(!device.readUsbStatus(status));
+    QCOMPARE(std::uint32_t{status.statusWord}, 0U);
+    QCOMPARE(std::uint32_t{status.statusByte}, 0U);
     QCOMPARE(std::uint32_t{status.usbErrorCount}, 0U);
 
     QVERIFY(device.readUsbStatus(status));
-    simulated.control().setErrorCount(4);
+    simulated.control().setUsbStatus(4, 5, 6);
     simulated.control().fail(0xFFDC20C0, 1, 31);
     status = {};
     QVERIFY(!device.readUsbStatus(status));
+    QCOMPARE(std::uint32_t{status.statusWord}, 1U);
+    QCOMPARE(std::uint32_t{status.statusByte}, 2U);
     QCOMPARE(std::uint32_t{status.usbErrorCount}, 3U);
 }
 

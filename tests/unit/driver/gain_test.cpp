@@ -28,10 +28,12 @@ void GainTest::dbToGain_data()
     QTest::newRow("-80 is silence") << -80.0 << 0.0 << 0.0;
     QTest::newRow("below -80 is silence") << -80.1 << 0.0 << 0.0;
     QTest::newRow("far below") << -1e9 << 0.0 << 0.0;
+    QTest::newRow("just below -80") << -80.01 << 0.0 << 0.0;
     QTest::newRow("just above -80") << -79.9 << 0.000101 << 0.0000005;
     QTest::newRow("-20") << -20.0 << 0.1 << 1e-15;
     QTest::newRow("unity") << 0.0 << 1.0 << 0.0;
     QTest::newRow("ceiling") << 6.0 << 1.9952623149688795 << 0.0;
+    QTest::newRow("just above the ceiling") << 6.01 << 1.9952623149688795 << 0.0;
     QTest::newRow("above the ceiling") << 6.5 << 1.9952623149688795 << 0.0;
     QTest::newRow("far above") << 1e9 << 1.9952623149688795 << 0.0;
 }
@@ -70,6 +72,8 @@ void GainTest::mixerCells()
     QCOMPARE(MixerCell::route(2, 4), std::size_t{2178});
     QCOMPARE(MixerCell::route(3, 5), std::size_t{2211});
     QCOMPARE(MixerCell::output(5), std::size_t{8197});
+    QCOMPARE(MixerCell::at(255, 31), std::size_t{8191});
+    QCOMPARE(MixerCell::output(MixerCell::outputCount - 1), MixerTable().size() - 1);
 }
 
 QUORVEL_TEST_MAIN(GainTest)
