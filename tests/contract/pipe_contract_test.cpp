@@ -160,6 +160,7 @@ private slots:
     void clientLearnsOfTheClosing();
     void serverAnswersItsClient();
     void largeMessageWaitsForItsReader();
+    void withoutBufferAMessageWaitsForItsReader();
     void waitingReaderGetsTheLastMessage();
     void closingBreaksAWaitingWrite();
     void callsOutOfTurnAreRefused();
@@ -168,13 +169,14 @@ private slots:
     void pipeKnowsNoDeviceRequests();
     void waitingConnectIsCancelled();
     void waitingReadIsCancelled();
+    void waitingWriteIsCancelled();
     void idleThreadHasNothingToCancel();
     void waitOnAPipeIsCancelledByItsHandle_data();
     void waitOnAPipeIsCancelledByItsHandle();
     void otherPipesAreNotCancelled();
 
 private:
-    HANDLE createPipe(DWORD mostInstances = PIPE_UNLIMITED_INSTANCES);
+    HANDLE createPipe(DWORD mostInstances = PIPE_UNLIMITED_INSTANCES, DWORD bufferSize = 65536);
     HANDLE openPipe();
 
     std::wstring path;
@@ -190,11 +192,11 @@ void PipeContractTest::init()
                .toStdWString();
 }
 
-HANDLE PipeContractTest::createPipe(DWORD mostInstances)
+HANDLE PipeContractTest::createPipe(DWORD mostInstances, DWORD bufferSize)
 {
     return CreateNamedPipeW(path.c_str(), PIPE_ACCESS_DUPLEX,
                             PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, mostInstances,
-                            65536, 65536, 300, nullptr);
+                            bufferSize, bufferSize, 300, nullptr);
 }
 
 HANDLE PipeContractTest::openPipe()
@@ -495,6 +497,27 @@ void PipeContractTest::largeMessageWaitsForItsReader()
     QVERIFY(reading.data == message);
 }
 
+void PipeContractTest::withoutBufferAMessageWaitsForItsReader()
+{
+    const Handle pipe(createPipe(PIPE_UNLIMITED_INSTANCES, 0));
+    const Handle client(openPipe());
+    for (int round = 0; round < 2; ++round) {
+        std::atomic<bool> written = false;
+        WaitingThread writer([&] {
+            const DWORD error = writeTo(client, "1");
+            written = true;
+            return error;
+        });
+        Sleep(300);
+        const bool early = written;
+        const Reading reading = readFrom(pipe);
+        QCOMPARE(writer.join(), succeeded);
+        QVERIFY(!early);
+        QCOMPARE(reading.error, succeeded);
+        QCOMPARE(reading.data, QByteArray("1"));
+    }
+}
+
 void PipeContractTest::waitingReaderGetsTheLastMessage()
 {
     const Handle pipe(createPipe());
@@ -587,6 +610,19 @@ void PipeContractTest::waitingReadIsCancelled()
     QCOMPARE(thread.join(), aborted);
     QCOMPARE(writeTo(client, "still there"), succeeded);
     QCOMPARE(readFrom(pipe).data, QByteArray("still there"));
+}
+
+void PipeContractTest::waitingWriteIsCancelled()
+{
+    const Handle pipe(createPipe(PIPE_UNLIMITED_INSTANCES, 0));
+    const Handle client(openPipe());
+    WaitingThread thread([&] { return writeTo(client, "never read"); });
+    thread.cancel();
+    QCOMPARE(thread.join(), aborted);
+    // What was cancelled does not arrive.
+    WaitingThread writer([&] { return writeTo(client, "read"); });
+    QCOMPARE(readFrom(pipe).data, QByteArray("read"));
+    QCOMPARE(writer.join(), succeeded);
 }
 
 void PipeContractTest::idleThreadHasNothingToCancel()

@@ -89,14 +89,15 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength,
     return succeeded;
 }
 
-HANDLE CreateNamedPipeW(LPCWSTR name, DWORD, DWORD pipeMode, DWORD mostInstances, DWORD, DWORD,
-                        DWORD, LPSECURITY_ATTRIBUTES)
+HANDLE CreateNamedPipeW(LPCWSTR name, DWORD, DWORD pipeMode, DWORD mostInstances, DWORD,
+                        DWORD inputSize, DWORD, LPSECURITY_ATTRIBUTES)
 {
     const DevicePath parsed = parseDevicePath(name);
     DWORD error = ERROR_INVALID_NAME;
     if (parsed.name.empty() || !parsed.isPipe)
         return newHandle(nullptr, error);
-    auto instance = PipeInstance::create(parsed.name, pipeMode, mostInstances, error);
+    auto instance =
+        PipeInstance::create(parsed.name, pipeMode, mostInstances, inputSize > 0, error);
     return newHandle(std::move(instance), error);
 }
 

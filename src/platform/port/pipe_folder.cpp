@@ -10,6 +10,12 @@
 #include <filesystem>
 #include <sys/file.h>
 
+namespace {
+
+constexpr const char* unbufferedMark = "u";
+
+} // namespace
+
 PipeFolder::PipeFolder(const std::string& name)
     : folder(runtimeFolder() + "/pipe/" + name)
     , lockFile(folder + "/lock")
@@ -53,11 +59,11 @@ std::vector<std::string> PipeFolder::sockets() const
     return result;
 }
 
-std::string PipeFolder::newSocket(DWORD mostInstances) const
+std::string PipeFolder::newSocket(DWORD mostInstances, bool buffered) const
 {
     static std::atomic<unsigned> count = 0;
     return folder + '/' + std::to_string(::getpid()) + '-' + std::to_string(++count) + '-' +
-           std::to_string(mostInstances);
+           std::to_string(mostInstances) + (buffered ? "" : unbufferedMark);
 }
 
 DWORD PipeFolder::instanceLimit(const std::string& socket)
@@ -65,7 +71,12 @@ DWORD PipeFolder::instanceLimit(const std::string& socket)
     return static_cast<DWORD>(std::atoi(socket.c_str() + socket.rfind('-') + 1));
 }
 
-FileDescriptor connectToPipe(const std::string& name, DWORD& error)
+bool PipeFolder::isBuffered(const std::string& socket)
+{
+    return !socket.ends_with(unbufferedMark);
+}
+
+PipeConnection connectToPipe(const std::string& name, DWORD& error)
 {
     const PipeFolder folder(name);
     const FileDescriptor lock = folder.lock();
@@ -74,7 +85,7 @@ FileDescriptor connectToPipe(const std::string& name, DWORD& error)
         FileDescriptor socket = connectSocket(path, false);
         if (socket.isValid()) {
             error = ERROR_SUCCESS;
-            return socket;
+            return {std::move(socket), PipeFolder::isBuffered(path)};
         }
         if (errno == EAGAIN)
             error = ERROR_PIPE_BUSY;

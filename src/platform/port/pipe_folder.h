@@ -23,16 +23,26 @@ public:
     /// The sockets of the running processes; those of processes that crashed are removed.
     std::vector<std::string> sockets() const;
 
-    /// A path for a new instance of this process, which tells how many instances it allows.
-    std::string newSocket(DWORD mostInstances) const;
+    /// A path for a new instance of this process, which tells how many instances it allows and
+    /// whether it has a buffer for what clients write.
+    std::string newSocket(DWORD mostInstances, bool buffered) const;
 
     /// How many instances the owner of this socket allows.
     static DWORD instanceLimit(const std::string& socket);
+
+    static bool isBuffered(const std::string& socket);
 
 private:
     std::string folder;
     std::string lockFile;
 };
 
+/// A client's connection to an instance.
+struct PipeConnection
+{
+    FileDescriptor socket;
+    bool buffered = true;
+};
+
 /// Connects to an instance that listens. On failure the Windows error number is in `error`.
-FileDescriptor connectToPipe(const std::string& name, DWORD& error);
+PipeConnection connectToPipe(const std::string& name, DWORD& error);

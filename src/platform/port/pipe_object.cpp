@@ -5,16 +5,18 @@
 
 #include <poll.h>
 
-PipeClient::PipeClient(FileDescriptor connection)
+PipeClient::PipeClient(PipeConnection connection)
     // Windows opens the client's end for reading by bytes.
-    : stream(std::move(connection), false)
+    : stream(std::move(connection.socket), false)
+    , buffered(connection.buffered)
 {
 }
 
 std::shared_ptr<PipeClient> PipeClient::open(const std::string& name, DWORD& error)
 {
-    FileDescriptor connection = connectToPipe(name, error);
-    return connection.isValid() ? std::make_shared<PipeClient>(std::move(connection)) : nullptr;
+    PipeConnection connection = connectToPipe(name, error);
+    return connection.socket.isValid() ? std::make_shared<PipeClient>(std::move(connection))
+                                       : nullptr;
 }
 
 DWORD PipeClient::read(void* buffer, DWORD length, DWORD& read)
@@ -26,11 +28,12 @@ DWORD PipeClient::read(void* buffer, DWORD length, DWORD& read)
 DWORD PipeClient::write(const void* buffer, DWORD length)
 {
     const std::lock_guard lock(mutex);
-    return stream.write(buffer, length);
+    const DWORD error = buffered ? DWORD{ERROR_SUCCESS} : stream.awaitReader();
+    return error == ERROR_SUCCESS ? stream.write(buffer, length) : error;
 }
 
 std::shared_ptr<PipeInstance> PipeInstance::create(const std::string& name, DWORD pipeMode,
-                                                   DWORD mostInstances, DWORD& error)
+                                                   DWORD mostInstances, bool buffered, DWORD& error)
 {
     const PipeFolder folder(name);
     error = ERROR_ACCESS_DENIED;
@@ -45,7 +48,7 @@ std::shared_ptr<PipeInstance> PipeInstance::create(const std::string& name, DWOR
         error = ERROR_PIPE_BUSY;
         return nullptr;
     }
-    const std::string path = folder.newSocket(limit);
+    const std::string path = folder.newSocket(limit, buffered);
     FileDescriptor listener = listenOnSocket(path, 0);
     if (!listener.isValid())
         return nullptr;
@@ -102,7 +105,11 @@ DWORD PipeInstance::read(void* buffer, DWORD length, DWORD& read)
 {
     const std::lock_guard guard(mutex);
     const DWORD error = readiness();
-    return error == ERROR_SUCCESS ? stream->read(buffer, length, read) : error;
+    if (error != ERROR_SUCCESS)
+        return error;
+    if (!PipeFolder::isBuffered(socketPath))
+        stream->announceReader();
+    return stream->read(buffer, length, read);
 }
 
 DWORD PipeInstance::write(const void* buffer, DWORD length)

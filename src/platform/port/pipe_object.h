@@ -25,13 +25,14 @@ class PipeClient : public PipeObject
 public:
     static std::shared_ptr<PipeClient> open(const std::string& name, DWORD& error);
 
-    explicit PipeClient(FileDescriptor connection);
+    explicit PipeClient(PipeConnection connection);
     DWORD read(void* buffer, DWORD length, DWORD& read) override;
     DWORD write(const void* buffer, DWORD length) override;
 
 private:
     std::mutex mutex;
     PipeStream stream;
+    bool buffered;
 };
 
 /// A server's instance. Its socket queues exactly one client. While the instance is connected or
@@ -41,7 +42,7 @@ class PipeInstance : public PipeObject
 {
 public:
     static std::shared_ptr<PipeInstance> create(const std::string& name, DWORD pipeMode,
-                                                DWORD mostInstances, DWORD& error);
+                                                DWORD mostInstances, bool buffered, DWORD& error);
 
     PipeInstance(const PipeFolder& pipe, std::string path, FileDescriptor socket, bool byMessage);
     ~PipeInstance() override;

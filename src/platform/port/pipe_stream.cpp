@@ -16,6 +16,7 @@ namespace {
 constexpr std::uint8_t lastFrame = 0;
 constexpr std::uint8_t moreFrames = 1;
 constexpr std::uint8_t farewellFrame = 2;
+constexpr std::uint8_t readerFrame = 3;
 constexpr std::size_t frameData = 32768;
 
 /// As much is taken from the socket ahead of the reader; then the writer has to wait.
@@ -61,6 +62,27 @@ DWORD PipeStream::write(const void* buffer, DWORD length)
     return writeFrame(lastFrame, data, left, pending);
 }
 
+void PipeStream::announceReader()
+{
+    takeArrived();
+    if (inbox.empty() && !ended)
+        sendMessage(socket.get(), &readerFrame, 1);
+}
+
+DWORD PipeStream::awaitReader()
+{
+    takeArrived();
+    while (!readerWaits && !ended) {
+        if (!ThreadWait::current().wait(socket.get(), POLLIN))
+            return ERROR_OPERATION_ABORTED;
+        takeArrived();
+    }
+    if (ended)
+        return goneError(true);
+    readerWaits = false;
+    return ERROR_SUCCESS;
+}
+
 void PipeStream::sayFarewell()
 {
     // Without room for it the other side sees a plain end instead.
@@ -93,6 +115,10 @@ bool PipeStream::takeFrame()
     if (length <= 0 || kind == farewellFrame) {
         ended = true;
         farewell = length > 0;
+        return true;
+    }
+    if (kind == readerFrame) {
+        readerWaits = true;
         return true;
     }
     const auto end = data.begin() + (length - 1);

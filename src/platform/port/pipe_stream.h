@@ -18,6 +18,11 @@ public:
     DWORD read(void* buffer, DWORD length, DWORD& read);
     DWORD write(const void* buffer, DWORD length);
 
+    /// For a pipe without a buffer: tells the other side that the next read waits for it.
+    void announceReader();
+    /// For a pipe without a buffer: waits until the other side reads.
+    DWORD awaitReader();
+
     /// Tells the other side that it was disconnected, which loses all that is unread there.
     void sayFarewell();
 
@@ -38,6 +43,7 @@ private:
     std::size_t inboxBytes = 0;
     std::size_t delivered = 0; ///< Bytes of the first message that were already read.
     Message unfinished;
+    bool readerWaits = false;
     bool ended = false;
     bool farewell = false;
 };

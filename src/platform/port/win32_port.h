@@ -90,7 +90,8 @@ constexpr DWORD PIPE_UNLIMITED_INSTANCES = 255;
 
 /// Creates an instance of the message pipe `\\.\pipe\NAME`, to which one client at a time can
 /// connect at once. INVALID_HANDLE_VALUE with ERROR_PIPE_BUSY when as many exist as the first one's
-/// `mostInstances` allows. Buffer sizes and time-out are the system's business here.
+/// `mostInstances` allows. Without an input buffer (size 0) a client's WriteFile waits for the
+/// server to read; other sizes and the time-out are the system's business here.
 HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD mostInstances,
                         DWORD outputSize, DWORD inputSize, DWORD timeout,
                         LPSECURITY_ATTRIBUTES security);
