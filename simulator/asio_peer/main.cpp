@@ -12,7 +12,7 @@ void printHelp()
         std::printf("  %-14s %-10s %s\n", command.name, command.words, command.summary);
     std::puts("\nA panel that serves another client is asked again for up to five seconds.\n"
               "wait-reset prints 'waiting' when its pipe is there and 'received' with the bytes;\n"
-              "connect prints 'connected', hold-busy 'busy'.\n"
+              "connect prints 'connected', hold-busy 'busy', hold-unread 'holding'.\n"
               "Exit code: 0 done, 1 failed or too late, 2 not understood.");
 }
 

@@ -145,6 +145,20 @@ PeerResult holdBusy(const Words& words)
     return PeerResult::done;
 }
 
+PeerResult holdUnread(const Words& words)
+{
+    const auto time = parseNumber(words[0], 10, longestWait);
+    if (!time)
+        return PeerResult::misused;
+    ResetServer server;
+    const DWORD error = server.open(0);
+    if (error != ERROR_SUCCESS)
+        return fail("cannot create the reset pipe", error);
+    tell("holding");
+    Sleep(*time * 1000);
+    return PeerResult::done;
+}
+
 } // namespace
 
 const std::vector<PeerCommand>& peerCommands()
@@ -157,6 +171,7 @@ const std::vector<PeerCommand>& peerCommands()
         {"wait-reset", 0, 1, "[SECONDS]", "wait for the panel's reset request, 30 s by default",
          waitReset},
         {"hold-busy", 1, 1, "SECONDS", "keep the reset pipe busy", holdBusy},
+        {"hold-unread", 1, 1, "SECONDS", "let the reset request wait, unread", holdUnread},
     };
     return commands;
 }

@@ -5,11 +5,11 @@
 namespace {
 
 constexpr const wchar_t* path = LR"(\\.\pipe\QuorvelPannelToASIO)";
-constexpr DWORD bufferSize = 4096; // bytes
+constexpr DWORD largestMessage = 4096; // bytes
 
 } // namespace
 
-DWORD ResetServer::open()
+DWORD ResetServer::open(DWORD bufferSize)
 {
     pipe.reset(CreateNamedPipeW(path, PIPE_ACCESS_DUPLEX,
                                 PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1,
@@ -33,9 +33,9 @@ DWORD ResetServer::receiveOnce(std::vector<unsigned char>& message)
 {
     if (ConnectNamedPipe(pipe.get(), nullptr) == FALSE && GetLastError() != ERROR_PIPE_CONNECTED)
         return GetLastError();
-    message.resize(bufferSize);
+    message.resize(largestMessage);
     DWORD count = 0;
-    if (ReadFile(pipe.get(), message.data(), bufferSize, &count, nullptr) == FALSE)
+    if (ReadFile(pipe.get(), message.data(), largestMessage, &count, nullptr) == FALSE)
         return GetLastError();
     message.resize(count);
     return ERROR_SUCCESS;

@@ -10,8 +10,9 @@
 class ResetServer
 {
 public:
-    /// Creates the pipe; it is there until the end of this object.
-    DWORD open();
+    /// Creates the pipe; it is there until the end of this object. Without a buffer (size 0) the
+    /// client waits until its message is read.
+    DWORD open(DWORD bufferSize = 4096);
 
     /// Waits for the next message; clients that send none do not count. After that time:
     /// ERROR_OPERATION_ABORTED.

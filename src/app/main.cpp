@@ -1,5 +1,6 @@
 #include "app/single_instance.h"
 #include "app/translation.h"
+#include "platform/session_end.h"
 #include "settings/settings.h"
 #include "shell/main_window.h"
 #include "shell/tray_icon.h"
@@ -13,6 +14,7 @@
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
+    const SessionEnd sessionEnd;
     SingleInstance instance;
     QTranslator translator;
     switch (instance.claim()) {

@@ -1,11 +1,22 @@
 #include "asio/asio_reset.h"
 
 #include "asio/scoped_handle.h"
+#include "platform/endable_wait.h"
 #include "platform/win32.h"
 
 #include <QDebug>
 
 namespace {
+
+/// ERROR_SUCCESS or the reason why the byte was not taken.
+DWORD writeByte(HANDLE pipe, char byte)
+{
+    // A driver that does not read must not hold up the end of the program.
+    const EndableWait wait;
+    DWORD written = 0;
+    return WriteFile(pipe, &byte, sizeof byte, &written, nullptr) != 0 ? DWORD{ERROR_SUCCESS}
+                                                                       : GetLastError();
+}
 
 /// Whether the pipe could be opened; the write's own fate is only logged.
 bool writeReset()
@@ -19,14 +30,11 @@ bool writeReset()
         return false;
     }
     qDebug() << "Pipe opened successfully.";
-    const char reset = '1';
-    DWORD written = 0;
-    if (WriteFile(pipe.get(), &reset, sizeof reset, &written, nullptr) != 0) {
+    const DWORD error = writeByte(pipe.get(), '1');
+    if (error == ERROR_SUCCESS)
         qDebug() << "ASIO reset signal sent successfully.";
-    } else {
-        const DWORD error = GetLastError();
+    else
         qDebug() << "Error: Failed to send ASIO reset signal. Error code:" << error;
-    }
     return true;
 }
 

@@ -156,6 +156,11 @@ bool Desktop::activate(const DesktopWindow& window)
     return xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window.id});
 }
 
+bool Desktop::minimise(const DesktopWindow& window)
+{
+    return xdotool({QStringLiteral("windowminimize"), window.id});
+}
+
 QImage Desktop::picture(QRect area)
 {
     return QGuiApplication::primaryScreen()

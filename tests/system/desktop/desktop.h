@@ -53,6 +53,7 @@ public:
     static bool type(const QString& text);
     /// Puts the window in front and gives it the keyboard.
     static bool activate(const DesktopWindow& window);
+    static bool minimise(const DesktopWindow& window);
 
     /// What is on the screen.
     static QImage picture(QRect area);

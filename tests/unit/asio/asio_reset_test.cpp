@@ -1,13 +1,16 @@
 #include "asio/asio_reset.h"
 #include "line_watch.h"
 #include "pipe_peer.h"
+#include "platform/endable_wait.h"
 #include "support/debug_log.h"
 #include "support/test_main.h"
 
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <atomic>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -30,6 +33,7 @@ private slots:
     void serverLeavesEarly_data();
     void serverLeavesEarly();
     void requestsInARow();
+    void endOfTheProgramCancelsTheWait();
 
 private:
     std::optional<DebugLog> log;
@@ -104,6 +108,24 @@ void AsioResetTest::requestsInARow()
         sendAsioReset(); // The server does not listen yet.
         QCOMPARE(log->take(), QStringList{"Error: Could not open pipe. Error code: 231"});
     }
+}
+
+void AsioResetTest::endOfTheProgramCancelsTheWait()
+{
+    const PipePeer::Server server(PipePeer::resetPipe, 0);
+    std::atomic<bool> over = false;
+    std::thread end([&] {
+        while (!over) {
+            QThread::msleep(20);
+            EndableWait::cancel();
+        }
+    });
+    sendAsioReset();
+    over = true;
+    end.join();
+    QCOMPARE(log->take(),
+             (QStringList{opened, "Error: Failed to send ASIO reset signal. Error code: 995",
+                          lastLine}));
 }
 
 QUORVEL_TEST_MAIN(AsioResetTest)

@@ -69,10 +69,10 @@ void Client::close()
     handle.reset(nullptr);
 }
 
-Server::Server(const QString& path)
+Server::Server(const QString& path, DWORD bufferSize)
     : handle(CreateNamedPipeW(path.toStdWString().c_str(), PIPE_ACCESS_DUPLEX,
-                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, 4096, 4096,
-                              0, nullptr))
+                              PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, bufferSize,
+                              bufferSize, 0, nullptr))
 {
     if (!handle.isValid())
         creationError = GetLastError();

@@ -45,7 +45,8 @@ private:
 class Server
 {
 public:
-    explicit Server(const QString& path);
+    /// Without a buffer (size 0) a client waits until its message is read.
+    explicit Server(const QString& path, DWORD bufferSize = 4096);
 
     DWORD error() const { return creationError; }
     DWORD accept();

@@ -1,0 +1,253 @@
+#include "system/end_states.h"
+
+#include "system/desktop/picture_search.h"
+#include "system/desktop/target.h"
+#include "system/desktop/wait_until.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString mainWindow = QStringLiteral("^Quorvel KA1 ");
+const QString settingsDialog = QStringLiteral("^Settings$");
+const QString warningBox = QStringLiteral("^错误$");
+
+/// Where the dialog's "OK" is. The captions have its colour too, in small patches.
+std::optional<QPoint> okButton(const DesktopWindow& dialog)
+{
+    const auto area = [](const QRect& patch) { return patch.width() * patch.height(); };
+    QRect button;
+    const bool found = waitUntil(
+        [&] {
+            for (const QRect& patch :
+                 patchesOf(PanelSession::pictureOf(dialog), {QColor(0x00, 0x88, 0x88)})) {
+                if (area(patch) > area(button))
+                    button = patch;
+            }
+            return button.height() >= 18;
+        },
+        10s);
+    return found ? std::optional(dialog.area.topLeft() + button.center()) : std::nullopt;
+}
+
+} // namespace
+
+const QList<EndStates::State>& EndStates::states()
+{
+    static const QList<State> table{
+        {"never shown", &EndStates::startHidden},
+        {"shown", &EndStates::showWindow},
+        {"hidden again", &EndStates::hideWindowAgain},
+        {"minimised", &EndStates::minimiseWindow},
+        {"dialog shown", &EndStates::showDialog},
+        {"both shown", &EndStates::showBoth},
+        {"tray menu open", &EndStates::openTrayMenu},
+        {"warning box open", &EndStates::openWarningBox},
+        {"waiting in a sequence", &EndStates::waitInSequence},
+        {"between timed steps", &EndStates::waitBetweenTimedSteps},
+        {"restarting the Explorer", &EndStates::restartExplorer},
+        {"reset blocked by the ASIO driver", &EndStates::blockReset},
+        {"list of a combo open", &EndStates::openComboList},
+        {"editor of a knob open", &EndStates::openKnobEditor},
+        {"starting", &EndStates::startOnly},
+    };
+    return table;
+}
+
+void EndStates::addStates()
+{
+    QTest::addColumn<int>("state");
+    for (int i = 0; i < states().size(); ++i)
+        QTest::newRow(states().at(i).name) << i;
+}
+
+bool EndStates::reachState()
+{
+    QFETCH(int, state);
+    peer.reset();
+    return (this->*states().at(state).reach)();
+}
+
+QString EndStates::flawOfTheEnd()
+{
+    if (panel().waitForExit() != 0)
+        return QStringLiteral("exit code");
+    const QStringList lines = panel().debugLines();
+    const qsizetype closed =
+        lines.indexOf(QStringLiteral("Settings dialog closed and resources cleaned up."));
+    // After the dialog's last line only its pipe thread ends.
+    if (closed < 0 || lines.size() - closed > 3 || lines.last() != QStringLiteral("Pipe closed."))
+        return QStringLiteral("last lines: ") + lines.mid(std::max<qsizetype>(closed, 0)).join('|');
+    if (lines.filter(QStringLiteral("QThread: Destroyed")).size() > 0)
+        return QStringLiteral("thread");
+    if (!waitUntil([] { return Desktop::trayIcons().isEmpty(); }, 5s))
+        return QStringLiteral("tray icon");
+    if (simulator().openHandles() != 0)
+        return QStringLiteral("open device handles");
+    return {};
+}
+
+bool EndStates::startPeer(const QStringList& words, const QString& awaitedLine)
+{
+    peer = std::make_unique<ChildProgram>(Target::tool(QStringLiteral("quorvel-asio-peer")) + words,
+                                          folder().environment(),
+                                          folder().path(QStringLiteral("peer")));
+    return waitUntil([&] { return peer->outputLines().contains(awaitedLine); }, 10s);
+}
+
+bool EndStates::placeSlowInterpreter()
+{
+    if (Target::isWindows()) {
+        // Windows looks for programs beside the caller first.
+        const QString place =
+            QFileInfo(session().programFile()).path() + QStringLiteral("/cmd.exe");
+        QFile plan(place + QStringLiteral(".plan"));
+        return QFile::copy(Target::tool(QStringLiteral("quorvel-fake-program")).last(), place) &&
+               plan.open(QFile::WriteOnly) && plan.write("30 0") > 0;
+    }
+    const QString commands = folder().path(QStringLiteral("commands"));
+    QDir().mkpath(commands);
+    QFile script(commands + QStringLiteral("/cmd.exe"));
+    if (!script.open(QFile::WriteOnly))
+        return false;
+    script.write("#!/bin/sh\n: >\"$0.arguments\"\nexec sleep 30\n");
+    script.close();
+    folder().setVariable(QStringLiteral("PATH"),
+                         commands + QLatin1Char(':') + qEnvironmentVariable("PATH"));
+    return script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+bool EndStates::plugAndStart()
+{
+    return session().startSimulator() && simulator().plug(QStringLiteral("ka1")) &&
+           session().startPanel();
+}
+
+bool EndStates::startHidden()
+{
+    return plugAndStart() && panel().waitForLine(QStringLiteral("设置初始化完成")) &&
+           Desktop::waitForTrayIcon().has_value();
+}
+
+bool EndStates::showWindow()
+{
+    return startHidden() && session().openMainWindow().has_value();
+}
+
+bool EndStates::hideWindowAgain()
+{
+    if (!startHidden())
+        return false;
+    const auto window = session().openMainWindow();
+    return window && Desktop::activate(*window) && Desktop::key(QStringLiteral("alt+F4")) &&
+           Desktop::waitForNoWindow(mainWindow);
+}
+
+bool EndStates::minimiseWindow()
+{
+    if (!startHidden())
+        return false;
+    const auto window = session().openMainWindow();
+    return window && Desktop::minimise(*window) && Desktop::waitForNoWindow(mainWindow);
+}
+
+bool EndStates::showDialog()
+{
+    return startHidden() && chooseFromTrayMenu(TrayEntry::Setup) &&
+           Desktop::waitForWindow(settingsDialog).has_value();
+}
+
+bool EndStates::showBoth()
+{
+    return showWindow() && chooseFromTrayMenu(TrayEntry::Setup) &&
+           Desktop::waitForWindow(settingsDialog).has_value() &&
+           Desktop::waitForWindow(mainWindow).has_value();
+}
+
+bool EndStates::openTrayMenu()
+{
+    return startHidden() && trayMenu.open();
+}
+
+bool EndStates::openWarningBox()
+{
+    // Under Wine, which has the sound panel built in, this takes it away.
+    folder().setVariable(QStringLiteral("WINEDLLOVERRIDES"),
+                         qEnvironmentVariable("WINEDLLOVERRIDES") +
+                             QStringLiteral(";control.exe=d"));
+    return startHidden() && chooseFromTrayMenu(TrayEntry::SoundPanel) &&
+           Desktop::waitForWindow(warningBox).has_value();
+}
+
+bool EndStates::waitInSequence()
+{
+    return plugAndStart() && panel().waitForLine(QStringLiteral("停止音频成功，开始加载控件状态"));
+}
+
+bool EndStates::waitBetweenTimedSteps()
+{
+    return plugAndStart() && panel().waitForLine(QStringLiteral("Device found with PID: 1"));
+}
+
+bool EndStates::restartExplorer()
+{
+    if (!placeSlowInterpreter() || !startHidden() ||
+        !chooseFromTrayMenu(TrayEntry::RefreshAudioDevice))
+        return false;
+    const QString report =
+        Target::isWindows()
+            ? QFileInfo(session().programFile()).path() + QStringLiteral("/cmd.exe.arguments")
+            : folder().path(QStringLiteral("commands/cmd.exe.arguments"));
+    return waitUntil([&] { return QFile::exists(report); }, 10s);
+}
+
+bool EndStates::blockReset()
+{
+    if (!startPeer({QStringLiteral("hold-unread"), QStringLiteral("60")},
+                   QStringLiteral("holding")) ||
+        !startHidden() || !chooseFromTrayMenu(TrayEntry::Setup))
+        return false;
+    const auto dialog = Desktop::waitForWindow(settingsDialog);
+    const auto ok = dialog ? okButton(*dialog) : std::nullopt;
+    if (!ok || !Desktop::click(*ok) ||
+        !panel().waitForLine(QStringLiteral("Pipe opened successfully.")))
+        return false;
+    QThread::msleep(500);
+    return panel().debugLines().last() == QStringLiteral("Pipe opened successfully.");
+}
+
+bool EndStates::openComboList()
+{
+    if (!showDialog())
+        return false;
+    const auto dialog = Desktop::windows(settingsDialog).value(0);
+    const QImage before = PanelSession::pictureOf(dialog);
+    return Desktop::activate(dialog) && Desktop::key(QStringLiteral("alt+Down")) &&
+           waitUntil([&] { return PanelSession::pictureOf(dialog) != before; }, 10s);
+}
+
+bool EndStates::openKnobEditor()
+{
+    if (!showWindow())
+        return false;
+    QPoint knob;
+    const bool drawn = waitUntil(
+        [&] {
+            const auto window = Desktop::windows(mainWindow).value(0);
+            const auto knobs = knobsIn(PanelSession::pictureOf(window));
+            knob = window.area.topLeft() + knobs.value(0);
+            return !knobs.isEmpty();
+        },
+        10s);
+    return drawn && Desktop::doubleClick(knob) && Desktop::type(QStringLiteral("5"));
+}
+
+bool EndStates::startOnly()
+{
+    return session().startSimulator() && simulator().plug(QStringLiteral("ka1")) &&
+           session().startPanel();
+}

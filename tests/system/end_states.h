@@ -1,0 +1,56 @@
+#pragma once
+
+#include "system/desktop/system_test.h"
+#include "system/desktop/tray_menu.h"
+
+/// Base of the tests that end the panel from outside: brings it into each of the states in which
+/// that may happen, and looks at how it ended.
+class EndStates : public SystemTest
+{
+    Q_OBJECT
+
+protected:
+    /// The rows of a test function, one for each state.
+    static void addStates();
+
+    /// Starts the panel with a KA1 and brings it into the state of the current row.
+    bool reachState();
+
+    /// The panel has ended as after "Quit": exit code 0, everything torn down in order, nothing
+    /// left behind. Otherwise what is wrong.
+    QString flawOfTheEnd();
+
+    /// Plays the ASIO driver with the tool for that, until the next state.
+    bool startPeer(const QStringList& words, const QString& awaitedLine);
+
+    /// Puts a program that runs for half a minute in the place of the command interpreter.
+    bool placeSlowInterpreter();
+
+private:
+    bool plugAndStart();
+    bool startHidden();
+    bool showWindow();
+    bool hideWindowAgain();
+    bool minimiseWindow();
+    bool showDialog();
+    bool showBoth();
+    bool openTrayMenu();
+    bool openWarningBox();
+    bool waitInSequence();
+    bool waitBetweenTimedSteps();
+    bool restartExplorer();
+    bool blockReset();
+    bool openComboList();
+    bool openKnobEditor();
+    bool startOnly();
+
+    struct State
+    {
+        const char* name;
+        bool (EndStates::*reach)();
+    };
+    static const QList<State>& states();
+
+    TrayMenu trayMenu;
+    std::unique_ptr<ChildProgram> peer;
+};
