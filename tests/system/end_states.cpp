@@ -16,24 +16,6 @@ const QString mainWindow = QStringLiteral("^Quorvel KA1 ");
 const QString settingsDialog = QStringLiteral("^Settings$");
 const QString warningBox = QStringLiteral("^错误$");
 
-/// Where the dialog's "OK" is. The captions have its colour too, in small patches.
-std::optional<QPoint> okButton(const DesktopWindow& dialog)
-{
-    const auto area = [](const QRect& patch) { return patch.width() * patch.height(); };
-    QRect button;
-    const bool found = waitUntil(
-        [&] {
-            for (const QRect& patch :
-                 patchesOf(PanelSession::pictureOf(dialog), {QColor(0x00, 0x88, 0x88)})) {
-                if (area(patch) > area(button))
-                    button = patch;
-            }
-            return button.height() >= 18;
-        },
-        10s);
-    return found ? std::optional(dialog.area.topLeft() + button.center()) : std::nullopt;
-}
-
 } // namespace
 
 const QList<EndStates::State>& EndStates::states()
@@ -209,11 +191,11 @@ bool EndStates::blockReset()
 {
     if (!startPeer({QStringLiteral("hold-unread"), QStringLiteral("60")},
                    QStringLiteral("holding")) ||
-        !startHidden() || !chooseFromTrayMenu(TrayEntry::Setup))
+        !showDialog())
         return false;
-    const auto dialog = Desktop::waitForWindow(settingsDialog);
-    const auto ok = dialog ? okButton(*dialog) : std::nullopt;
-    if (!ok || !Desktop::click(*ok) ||
+    // The return key presses "OK".
+    const auto dialog = Desktop::windows(settingsDialog).value(0);
+    if (!Desktop::activate(dialog) || !Desktop::key(QStringLiteral("Return")) ||
         !panel().waitForLine(QStringLiteral("Pipe opened successfully.")))
         return false;
     QThread::msleep(500);
