@@ -9,7 +9,8 @@
 ;   uninstall.exe /S             removes the program and leaves the settings
 ;   uninstall.exe /S /PURGE      removes the settings too
 ;
-; Exit code 3: a running copy did not end, nothing was changed.
+; A running copy is ended first, and started again after a silent upgrade. Exit code 3: it did not
+; end, or it is another user's; nothing was changed.
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -163,6 +164,8 @@ Section /o "un.$(SettingsSection)" UnSettingsSection
     Delete "${SETTINGS_FOLDER}\ka2.ini"
     Delete "${SETTINGS_FOLDER}\ks.ini"
     Delete "${SETTINGS_FOLDER}\setting.ini"
+    ; What a crash in the middle of saving has left.
+    Delete "${SETTINGS_FOLDER}\*.ini.lock"
     RMDir "${SETTINGS_FOLDER}"
 SectionEnd
 
