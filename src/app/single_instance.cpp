@@ -22,7 +22,10 @@ SingleInstance::Claim SingleInstance::claim()
 
 SingleInstance::Claim SingleInstance::decide()
 {
-    if (marker.attach(QSharedMemory::ReadWrite))
+    // Twice: on Unix a copy that was killed leaves its marker, which goes with the first who lets
+    // go of it. That of a running copy is still there the second time.
+    if (marker.attach(QSharedMemory::ReadWrite) && marker.detach() &&
+        marker.attach(QSharedMemory::ReadWrite))
         return Claim::alreadyRunning;
     return marker.create(1, QSharedMemory::ReadWrite) ? Claim::first : Claim::failed;
 }

@@ -18,6 +18,7 @@ class SystemStart : public SystemTest
 private slots:
     void secondCopyLeavesAtOnce();
     void copiesStartedTogetherLeaveOne();
+    void startAfterAKillWorks();
     void waitsWithoutSimulator();
     void oneWatcherOpensAndClosesTheDevice();
     void everyModelIsRecognised_data();
@@ -58,6 +59,20 @@ void SystemStart::copiesStartedTogetherLeaveOne()
                                    QStringLiteral("Quorvel Mixer 已经在运行中。"));
                            }),
              3);
+}
+
+void SystemStart::startAfterAKillWorks()
+{
+    for (int round = 0; round < 2; ++round) {
+        QVERIFY(session().startPanel());
+        QVERIFY(Desktop::waitForTrayIcon().has_value());
+        panel().kill();
+    }
+    QVERIFY(session().startPanel());
+    const auto copy = session().startCopy();
+    QCOMPARE(copy->waitForExit().value_or(-1), 0);
+    QVERIFY(copy->debugLines().contains(QStringLiteral("Quorvel Mixer 已经在运行中。")));
+    QVERIFY(panel().isRunning());
 }
 
 void SystemStart::waitsWithoutSimulator()

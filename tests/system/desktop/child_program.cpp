@@ -34,8 +34,7 @@ ChildProgram::ChildProgram(const QStringList& command, const QProcessEnvironment
 
 ChildProgram::~ChildProgram()
 {
-    process.kill();
-    process.waitForFinished();
+    kill();
 }
 
 bool ChildProgram::isRunning() const
@@ -81,4 +80,10 @@ std::optional<int> ChildProgram::waitForExit(std::chrono::milliseconds timeout)
 void ChildProgram::terminate()
 {
     process.terminate();
+}
+
+void ChildProgram::kill()
+{
+    process.kill();
+    process.waitForFinished();
 }

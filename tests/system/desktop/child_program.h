@@ -37,6 +37,9 @@ public:
     /// Asks the program to end (SIGTERM).
     void terminate();
 
+    /// Ends it without asking (SIGKILL) and waits until it is gone.
+    void kill();
+
 private:
     QString logName;
     QProcess process;
