@@ -16,9 +16,11 @@ protected:
     /// Starts the panel with a KA1 and brings it into the state of the current row.
     bool reachState();
 
-    /// The panel has ended as after "Quit": exit code 0, everything torn down in order, nothing
-    /// left behind. Otherwise what is wrong.
+    /// The panel has ended as after "Quit": exit code 0, everything torn down in order. Otherwise
+    /// what is wrong.
     QString flawOfTheEnd();
+    /// No icon and no connection to the device is left. Otherwise what there is.
+    QString leftBehind();
 
     /// Plays the ASIO driver with the tool for that, until the next state.
     bool startPeer(const QStringList& words, const QString& awaitedLine);

@@ -43,6 +43,7 @@ void SystemEnd::everyStateEnds()
     clock.start();
     QVERIFY(tellToEnd());
     QCOMPARE(flawOfTheEnd(), QString());
+    QCOMPARE(leftBehind(), QString());
     qInfo("ended after %lld ms", clock.elapsed());
 
     // Nothing is in the way of the next start.

@@ -23,7 +23,7 @@ protected:
     /// everything that an arrival sets off is done.
     std::optional<DesktopWindow> arrive(const QString& model);
 
-private slots:
+protected slots:
     void init();
     void cleanup();
 

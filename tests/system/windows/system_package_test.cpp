@@ -7,6 +7,7 @@
 #include "system/desktop/wait_until.h"
 
 #include <QDir>
+#include <QtEndian>
 
 #include <algorithm>
 
@@ -31,6 +32,7 @@ class SystemPackage : public SystemTest
 
 private slots:
     void folderHasNothingUnknown();
+    void programOpensNoConsole();
     void asioDriverOpensTheSettings();
     void okResetsTheAsioDriver();
     void installsAndUninstallsSilently();
@@ -88,6 +90,18 @@ void SystemPackage::folderHasNothingUnknown()
                                  QStringLiteral("QuorvelDriver_zh_CN.qm"),
                                  QStringLiteral("imageformats"), QStringLiteral("licences"),
                                  QStringLiteral("platforms"), QStringLiteral("styles")}));
+}
+
+void SystemPackage::programOpensNoConsole()
+{
+    QFile file(session().programFile());
+    QVERIFY(file.open(QFile::ReadOnly));
+    const QByteArray start = file.read(4096);
+    const auto header = qFromLittleEndian<quint32>(start.constData() + 0x3C);
+    QCOMPARE(start.mid(header, 4), QByteArray("PE\0\0", 4));
+    constexpr quint16 graphical = 2;
+    constexpr int subsystem = 0x5C;
+    QCOMPARE(qFromLittleEndian<quint16>(start.constData() + header + subsystem), graphical);
 }
 
 void SystemPackage::asioDriverOpensTheSettings()
@@ -179,9 +193,10 @@ void SystemPackage::purgeRemovesTheSettings()
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
     QCOMPARE(panel().waitForExit().value_or(-1), 0);
+    // As a crash leaves it.
+    QVERIFY(QFile(folder().settingsFile(QStringLiteral("ks.ini.lock"))).open(QFile::WriteOnly));
     QVERIFY(uninstall({QStringLiteral("/PURGE")}));
-    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(folder().settingsFile(QStringLiteral("ka1.ini"))),
-                             10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(Target::settingsFolder()), 10000);
 }
 
 QUORVEL_TEST_MAIN(SystemPackage)
