@@ -40,6 +40,8 @@ make_wine()
     quietly wine reg add 'HKCU\Environment' /v QT_FORCE_STDERR_LOGGING /d 1 /f
     quietly wine reg add 'HKCU\Environment' /v QT_QPA_FONTDIR \
         /d 'Z:\usr\share\fonts\truetype\dejavu' /f
+    # Without a display windows can be made all the same; they only are not shown.
+    quietly wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f
     quietly wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
     # What Qt 6 needs; Debian's default is Windows 7.
     quietly wine winecfg -v win10
