@@ -2,10 +2,13 @@
 
 #include "controls/knob_painter.h"
 
+#include <QApplication>
 #include <QGraphicsDropShadowEffect>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QSignalBlocker>
 #include <QWheelEvent>
 
@@ -21,6 +24,14 @@ QPoint pixelPosition(const QMouseEvent& event)
     return {int(std::lround(position.x())), int(std::lround(position.y()))};
 }
 
+/// Whether the object is the editor or something that it opened, such as its context menu.
+bool belongsTo(const QLineEdit* editor, const QObject* object)
+{
+    while (object != nullptr && object != editor)
+        object = object->parent();
+    return object != nullptr;
+}
+
 } // namespace
 
 Knob::Knob(QWidget* parent)
@@ -31,6 +42,16 @@ Knob::Knob(QWidget* parent)
     editor->setAlignment(Qt::AlignCenter);
     editor->hide();
     connect(editor, &QLineEdit::editingFinished, this, &Knob::finishEdit);
+}
+
+Knob::~Knob()
+{
+    // Destroyed by a receiver of the typed value: the editor still has to return from that signal.
+    if (finishing) {
+        editor->disconnect(this);
+        editor->setParent(nullptr);
+        editor->deleteLater();
+    }
 }
 
 void Knob::setValue(int v)
@@ -62,12 +83,12 @@ void Knob::finishEdit()
         text.chop(suffix.size());
     bool valid = false;
     const int typed = text.toInt(&valid);
-    {
-        // Hiding moves the focus on, which can finish the same input a second time.
-        const QSignalBlocker once(editor);
-        editor->hide();
-    }
+    closeEditor();
+    const QPointer<Knob> alive(this);
+    finishing = true;
     change(qint64(valid ? typed : value) - displayOffset);
+    if (alive)
+        finishing = false;
 }
 
 void Knob::mousePressEvent(QMouseEvent* event)
@@ -130,6 +151,32 @@ void Knob::paintEvent(QPaintEvent*)
         textRect = paintKnobText(painter, *this);
 }
 
+bool Knob::eventFilter(QObject* watched, QEvent* event)
+{
+    bool ended = false;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        // The window hears of a click before the widget in it does, and tells it only then.
+        ended = watched->isWidgetType() && !belongsTo(editor, watched);
+        break;
+    case QEvent::KeyPress:
+        if (watched == editor && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+            closeEditor();
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    if (!ended)
+        return false;
+    // Whoever is told of the value may delete the widget that was clicked, this knob included.
+    const QPointer<QObject> receiver(watched);
+    finishEdit();
+    return receiver.isNull();
+}
+
 void Knob::change(qint64 candidate)
 {
     const qint64 limited = std::max<qint64>(std::min<qint64>(candidate, maximum), minimum);
@@ -137,13 +184,16 @@ void Knob::change(qint64 candidate)
     // Painted on return to the event loop, so the order does not show; a receiver of the signal
     // may well delete the knob.
     update();
+    if (isEditing() && value != editedValue) {
+        // At once, because the editor covers the text.
+        repaint();
+        fillEditor();
+    }
     emit valueChangedSig(value);
 }
 
 void Knob::openEditor()
 {
-    editor->setText(QString::number(qint64(value) + displayOffset));
-
     QPalette colors = editor->palette();
     colors.setColor(QPalette::Base, QColor(QStringLiteral("#1b1e23")));
     colors.setColor(QPalette::Text, textColor);
@@ -152,10 +202,31 @@ void Knob::openEditor()
     editor->setPalette(colors);
     editor->setFont(QFont(fontFamily, fontPointSize));
 
+    editor->show();
+    editor->setFocus(Qt::OtherFocusReason);
+    fillEditor();
+    qApp->installEventFilter(this);
+}
+
+void Knob::fillEditor()
+{
+    editedValue = value;
+    editor->setText(QString::number(qint64(value) + displayOffset));
     const int dx = int(0.025 * textRect.width());
     const int dy = int(0.025 * textRect.height());
     editor->setGeometry(textRect.adjusted(dx, dy, -dx, -dy));
-    editor->show();
-    editor->setFocus(Qt::OtherFocusReason);
     editor->selectAll();
+}
+
+void Knob::closeEditor()
+{
+    qApp->removeEventFilter(this);
+    // Hiding moves the focus on, which would finish the same input a second time.
+    const QSignalBlocker once(editor);
+    editor->hide();
+}
+
+bool Knob::isEditing() const
+{
+    return !editor->isHidden();
 }

@@ -11,7 +11,9 @@ class QLineEdit;
 /// a round cap, with the value printed in its centre.
 ///
 /// Dragging and the wheel change the value by one step per event, a double click on the text
-/// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum.
+/// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum. Enter,
+/// a click elsewhere in the program and the loss of the focus or of the sight of it end the
+/// editing with the typed value, Escape without; a value that changes meanwhile replaces it.
 /// Range, look and value are set through the members; call update() when the knob is already
 /// visible. GUI thread only.
 class Knob : public QWidget
@@ -27,6 +29,7 @@ public:
     };
 
     explicit Knob(QWidget* parent = nullptr);
+    ~Knob() override;
 
     /// Takes over `v`, limited to [minimum, maximum], and announces it.
     void setValue(int v);
@@ -85,8 +88,16 @@ protected:
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    /// Watches the whole application while the editor is open.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void change(qint64 candidate);
     void openEditor();
+    void fillEditor();
+    void closeEditor();
+    bool isEditing() const;
+
+    int editedValue = 0; ///< what the open editor was filled with
+    bool finishing = false;
 };
