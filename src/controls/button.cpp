@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
 #include <QMouseEvent>
+#include <QPointer>
 
 Button::Button(const QString& text, QWidget* parent)
     : QPushButton(parent)
@@ -44,9 +45,12 @@ void Button::mousePressEvent(QMouseEvent* event)
     if (ignoreCtrlClick && event->modifiers().testFlag(Qt::ControlModifier))
         return;
     applyStyle();
-    change(!on);
-    emit pressed(on);
-    emit pressed(on);
+    const bool status = !on;
+    change(status);
+    const QPointer<Button> alive(this);
+    emit pressed(status);
+    if (alive)
+        emit pressed(status);
 }
 
 void Button::leaveEvent(QEvent* event)

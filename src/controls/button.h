@@ -7,10 +7,10 @@ class QGraphicsDropShadowEffect;
 
 /// Toggle button that lights up in its own colours, with a glow around it, while it is on.
 ///
-/// It keeps its own state instead of Qt's checkable one and toggles when it is pressed; what
-/// QAbstractButton would report (clicked, toggled, its own pressed) never happens. Colours are
-/// style sheet colours and set through the members; call applyStyle() afterwards. GUI thread
-/// only.
+/// It keeps its own state instead of Qt's checkable one and toggles when the mouse presses it, of
+/// which QAbstractButton hears nothing. The keyboard still reaches QAbstractButton: the space bar
+/// has it emit its own pressed(), released() and clicked(), and toggles nothing. Colours are style
+/// sheet colours and set through the members; call applyStyle() afterwards. GUI thread only.
 class Button : public QPushButton
 {
     Q_OBJECT
@@ -49,8 +49,8 @@ signals:
     /// Never emitted.
     void selected(const QString& text);
 
-    /// The new state: twice per press, so that its receivers send each command twice; once per
-    /// setOn(). Hides QAbstractButton::pressed().
+    /// The new state: twice per press, so that its receivers send each command twice (once when
+    /// the first of them destroys the button); once per setOn(). Hides QAbstractButton::pressed().
     void pressed(bool status);
 
 protected:

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
 #include <QMetaMethod>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -17,6 +18,32 @@ QList<bool> states(QSignalSpy& spy)
     spy.clear();
     return announced;
 }
+
+/// Notes each style that a button takes on: its text colour, and whether it glows by then.
+class StyleWatch : public QObject
+{
+public:
+    explicit StyleWatch(Button& watched)
+        : button(watched)
+    {
+        button.installEventFilter(this);
+    }
+
+    QStringList seen;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::StyleChange) {
+            seen.append(button.styleSheet().section(u' ', 5, 5).chopped(1) +
+                        (button.glow->isEnabled() ? " lit" : " unlit"));
+        }
+        return false;
+    }
+
+private:
+    Button& button;
+};
 
 void dressForPanel(Button& button, const QString& accent)
 {
@@ -45,12 +72,16 @@ private slots:
     void applyStyleFollowsTheMembers();
     void clickTogglesAndAnnouncesTwice();
     void announcedAfterTheStyle();
+    void bothAnnouncementsAreOfOneState();
+    void receiverDestroysTheButton();
+    void styleBeforeAndAfterTheToggle();
     void setOnAnnouncesOnce_data();
     void setOnAnnouncesOnce();
     void ctrlClick();
     void ctrlClickIgnored();
     void otherButtonsOfTheMouse();
     void silentOnEverythingElse();
+    void keyboardIsLeftToTheBaseClass();
     void releaseDoesNothing();
     void leavingClearsHovered();
     void setShadow();
@@ -212,6 +243,51 @@ void ButtonTest::announcedAfterTheStyle()
     QCOMPARE(seen, (QStringList{lit, lit, QStringLiteral("QPushButton {   color: #8a95aa")}));
 }
 
+void ButtonTest::bothAnnouncementsAreOfOneState()
+{
+    Button button(QStringLiteral("20dB"));
+    QList<bool> seen;
+    connect(&button, &Button::pressed, &button, [&](bool status) {
+        seen.append(status);
+        button.on = false;
+    });
+    QTest::mousePress(&button, Qt::LeftButton);
+    QCOMPARE(seen, (QList<bool>{true, true}));
+}
+
+void ButtonTest::receiverDestroysTheButton()
+{
+    auto* button = new Button(QStringLiteral("20dB"));
+    button->show();
+    QVERIFY(QTest::qWaitForWindowExposed(button));
+    const QPointer<Button> alive(button);
+    int announced = 0;
+    connect(button, &Button::pressed, this, [&announced, button] {
+        if (++announced == 1)
+            delete button;
+    });
+    QTest::mousePress(button->windowHandle(), Qt::LeftButton, {}, {5, 5});
+    QVERIFY(alive.isNull());
+    QCOMPARE(announced, 1);
+}
+
+void ButtonTest::styleBeforeAndAfterTheToggle()
+{
+    // Colours that were changed meanwhile come into force with the old state first.
+    Button button(QStringLiteral("20dB"));
+    dressForPanel(button, QStringLiteral("#ff7f00"));
+    button.offTextColor = QStringLiteral("#111111");
+    button.onTextColor = QStringLiteral("#222222");
+    button.ensurePolished();
+    StyleWatch watch(button);
+    QTest::mousePress(&button, Qt::LeftButton);
+    QCOMPARE(watch.seen, (QStringList{"#111111 unlit", "#222222 lit"}));
+    watch.seen.clear();
+    button.offTextColor = QStringLiteral("#333333");
+    button.setOn(false);
+    QCOMPARE(watch.seen, QStringList{"#333333 unlit"});
+}
+
 void ButtonTest::setOnAnnouncesOnce_data()
 {
     QTest::addColumn<bool>("before");
@@ -291,6 +367,24 @@ void ButtonTest::silentOnEverythingElse()
     QCOMPARE(toggled.count(), 0);
     QCOMPARE(pressedByQt.count(), 0);
     QCOMPARE(released.count(), 0);
+}
+
+void ButtonTest::keyboardIsLeftToTheBaseClass()
+{
+    Button button(QStringLiteral("MUTE"));
+    QSignalSpy own(&button, &Button::pressed);
+    const QSignalSpy pressedByQt(&button, &QAbstractButton::pressed);
+    const QSignalSpy released(&button, &QAbstractButton::released);
+    const QSignalSpy clicked(&button, &QAbstractButton::clicked);
+    const QSignalSpy toggled(&button, &QAbstractButton::toggled);
+    QTest::keyClick(&button, Qt::Key_Space);
+    QCOMPARE(pressedByQt.count(), 1);
+    QCOMPARE(released.count(), 1);
+    QCOMPARE(clicked.count(), 1);
+    QCOMPARE(toggled.count(), 0);
+    QCOMPARE(states(own), QList<bool>{});
+    QVERIFY(!button.on);
+    QVERIFY(!button.glow->isEnabled());
 }
 
 void ButtonTest::releaseDoesNothing()

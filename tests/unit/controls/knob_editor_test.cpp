@@ -28,6 +28,8 @@ private slots:
     void typedInput();
     void typedWithTheKeyboard_data();
     void typedWithTheKeyboard();
+    void suffixOfItsOwn_data();
+    void suffixOfItsOwn();
     void leavingTheEditorFinishes_data();
     void leavingTheEditorFinishes();
     void finishedFromOutsideTakesTheInputOnce();
@@ -108,11 +110,19 @@ void KnobEditorTest::readableOnTheCap()
 {
     KnobStage stage;
     stage.knob.textColor = QColor(0x00, 0xff, 0x7f);
+    stage.knob.trackColor = QColor(0x12, 0x34, 0x56);
+    stage.knob.fontFamily = QStringLiteral("Some Family");
+    stage.knob.fontPointSize = 17;
     QVERIFY(stage.show());
     QVERIFY(openEditor(stage));
     const QPalette colors = stage.knob.editor->palette();
     QCOMPARE(colors.color(QPalette::Text), QColor(0x00, 0xff, 0x7f));
     QCOMPARE(colors.color(QPalette::Base), QColor(0x1b, 0x1e, 0x23));
+    QCOMPARE(colors.color(QPalette::Highlight), QColor(0x12, 0x34, 0x56));
+    QCOMPARE(colors.color(QPalette::HighlightedText), QColor(0x00, 0xff, 0x7f));
+    QCOMPARE(stage.knob.editor->font().family(), QStringLiteral("Some Family"));
+    QCOMPARE(stage.knob.editor->font().pointSize(), 17);
+    QCOMPARE(stage.knob.editor->alignment(), Qt::AlignCenter);
     QVERIFY(!stage.knob.editor->hasFrame());
     QVERIFY(stage.knob.editor->height() >= stage.knob.editor->fontMetrics().height() - 2);
 }
@@ -211,6 +221,36 @@ void KnobEditorTest::typedWithTheKeyboard()
     QCOMPARE(stage.knob.value, expected);
     QCOMPARE(stage.announced(), QList<int>{expected});
     QVERIFY(stage.knob.editor->isHidden());
+}
+
+void KnobEditorTest::suffixOfItsOwn_data()
+{
+    QTest::addColumn<QString>("suffix");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("with it") << QStringLiteral("%") << QStringLiteral("5%") << 5;
+    QTest::newRow("longer") << QStringLiteral(" deg") << QStringLiteral("5 deg") << 5;
+    QTest::newRow("without it") << QStringLiteral("%") << QStringLiteral("5") << 5;
+    QTest::newRow("the usual one") << QStringLiteral("%") << QStringLiteral("5dB") << -20;
+    QTest::newRow("none") << QString() << QStringLiteral("5") << 5;
+    QTest::newRow("none, the usual one") << QString() << QStringLiteral("5dB") << -20;
+}
+
+void KnobEditorTest::suffixOfItsOwn()
+{
+    QFETCH(const QString, suffix);
+    QFETCH(const QString, text);
+    QFETCH(const int, expected);
+
+    KnobStage stage;
+    stage.knob.value = -20;
+    stage.knob.suffix = suffix;
+    QVERIFY(stage.show());
+    QVERIFY(openEditor(stage));
+    stage.knob.editor->setText(text);
+    QTest::keyClick(stage.knob.editor, Qt::Key_Return);
+    QCOMPARE(stage.announced(), QList<int>{expected});
 }
 
 void KnobEditorTest::leavingTheEditorFinishes_data()

@@ -17,6 +17,16 @@ void sendMouse(Knob& knob, QEvent::Type type, QPointF position,
     QApplication::sendEvent(&knob, &event);
 }
 
+/// What lies below a knob, counting the presses that reach it.
+class PressCount : public QWidget
+{
+public:
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override { ++presses; }
+};
+
 } // namespace
 
 class KnobMouseTest : public QObject
@@ -25,6 +35,7 @@ class KnobMouseTest : public QObject
 
 private slots:
     void plainPressDoesNothing();
+    void plainPressIsNotPassedOn();
     void ctrlPressResets_data();
     void ctrlPressResets();
     void dragSteps_data();
@@ -58,6 +69,20 @@ void KnobMouseTest::plainPressDoesNothing()
     QCOMPARE(stage.announced(), QList<int>{});
     QCOMPARE(stage.knob.lastPos.x, 0);
     QCOMPARE(stage.knob.lastPos.y, 0);
+}
+
+void KnobMouseTest::plainPressIsNotPassedOn()
+{
+    PressCount window;
+    window.resize(200, 200);
+    Knob knob(&window);
+    knob.setGeometry(20, 20, 120, 120);
+    QTest::mouseClick(&knob, Qt::LeftButton);
+    QTest::mouseClick(&knob, Qt::RightButton);
+    QTest::mouseClick(&knob, Qt::LeftButton, Qt::ControlModifier);
+    QCOMPARE(window.presses, 0);
+    QTest::mouseClick(&window, Qt::LeftButton);
+    QCOMPARE(window.presses, 1);
 }
 
 void KnobMouseTest::ctrlPressResets_data()

@@ -1,10 +1,12 @@
 #include "controls/knob.h"
 #include "support/test_main.h"
 
+#include <QFontDatabase>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -59,12 +61,20 @@ private slots:
     void arcAtTheMaximum();
     void arcEndsAtTheValue_data();
     void arcEndsAtTheValue();
+    void spanIsCutToSixteenths_data();
+    void spanIsCutToSixteenths();
+    void colorsOfItsOwn();
+    void wideKnob();
+    void highKnob();
     void withoutTrack();
     void arcWidthAndRoundCap();
     void cap();
     void capFollowsTheRatio();
     void printedText_data();
     void printedText();
+    void fontOfItsOwn();
+    void fontFamilyOfItsOwn();
+    void textOfAWideKnob();
     void hiddenText();
     void oddNumbers_data();
     void oddNumbers();
@@ -123,6 +133,105 @@ void KnobPaintTest::arcEndsAtTheValue()
     QCOMPARE(onArc(image, end - 2), arc);
     QCOMPARE(onArc(image, end - 6), track);
     QCOMPARE(onArc(image, 320), track);
+}
+
+void KnobPaintTest::spanIsCutToSixteenths_data()
+{
+    QTest::addColumn<int>("maximum");
+    QTest::addColumn<int>("span");
+
+    // 270 * 16 / maximum for a value of 1.
+    QTest::newRow("617.14") << 7 << 617;
+    QTest::newRow("392.73") << 11 << 392;
+    QTest::newRow("187.83") << 23 << 187;
+    QTest::newRow("360") << 12 << 360;
+}
+
+void KnobPaintTest::spanIsCutToSixteenths()
+{
+    QFETCH(const int, maximum);
+    QFETCH(const int, span);
+
+    // Large, so that a sixteenth of a degree shows.
+    constexpr int size = 1000;
+    Knob knob;
+    knob.minimum = 0;
+    knob.maximum = maximum;
+    knob.value = 1;
+    knob.showText = false;
+    knob.showTrack = false;
+    knob.knobRatio = 0.5;
+    const QImage image = picture(knob, size, size);
+
+    const auto drawn = [&image](int sixteenths) {
+        QImage expected(image.size(), image.format());
+        expected.fill(panel);
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QPen pen(QColor::fromRgb(arc), 7);
+        pen.setCapStyle(Qt::RoundCap);
+        painter.setPen(pen);
+        painter.drawArc(QRectF(7, 7, size - 14, size - 14), 225 * 16, -sixteenths);
+        return expected;
+    };
+    // All but the cap in the middle.
+    const QRect leftSide(0, 0, 200, size);
+    QCOMPARE(image.copy(leftSide), drawn(span).copy(leftSide));
+    QVERIFY(image.copy(leftSide) != drawn(span + 1).copy(leftSide));
+    QVERIFY(image.copy(leftSide) != drawn(span - 1).copy(leftSide));
+}
+
+void KnobPaintTest::colorsOfItsOwn()
+{
+    Knob knob;
+    knob.trackColor = QColor(0x11, 0x22, 0x33);
+    knob.arcColor = QColor(0xf1, 0xfa, 0x8c);
+    knob.textColor = QColor(0x00, 0xff, 0x7f);
+    knob.value = -37;
+    const QImage image = picture(knob);
+    QCOMPARE(onArc(image, 135), 0xfff1fa8c);
+    QCOMPARE(onArc(image, 45), 0xff112233);
+    QVERIFY(count(image, 0xff00ff7f) > 0);
+    QCOMPARE(count(image, 0xffff79c6), 0);
+    QCOMPARE(count(image, track), 0);
+    QCOMPARE(count(image, arc), 0);
+}
+
+void KnobPaintTest::wideKnob()
+{
+    Knob knob;
+    knob.showText = false;
+    const QImage image = picture(knob, 200, 120);
+    // The track follows the whole rectangle, inset by 7 on each side.
+    QCOMPARE(image.pixel(100, 7), track);
+    QCOMPARE(image.pixel(7, 60), track);
+    QCOMPARE(image.pixel(192, 60), track);
+    // The cap is a circle and takes its measures from the width: D = 186, s = 148.8, the upper cap
+    // from trunc(18.6) + 7 = 25 on, 148 wide and high, the bevel from trunc(21.576) + 7 = 28 on.
+    QCOMPARE(image.pixel(23, 99), panel);
+    QVERIFY(isGrey(image.pixel(27, 99), 30, 3));
+    QVERIFY(isGrey(image.pixel(99, 27), 30, 4));
+    QCOMPARE(image.pixel(99, 23), panel);
+    QVERIFY(isGrey(image.pixel(171, 99), 30));
+    QVERIFY(isGrey(image.pixel(175, 99), 20));
+    QCOMPARE(image.pixel(178, 99), panel);
+}
+
+void KnobPaintTest::highKnob()
+{
+    Knob knob;
+    knob.showText = false;
+    knob.value = 6;
+    const QImage image = picture(knob, 120, 200);
+    QCOMPARE(image.pixel(60, 7), arc);
+    QCOMPARE(image.pixel(60, 192), panel);
+    QCOMPARE(image.pixel(7, 100), arc);
+    QCOMPARE(image.pixel(112, 100), arc);
+    // As on a square of 120 pixels, at its place in the upper left corner.
+    QCOMPARE(image.pixel(59, 15), panel);
+    QVERIFY(isGrey(image.pixel(59, 18), 30));
+    QVERIFY(isGrey(image.pixel(61, 102), 20));
+    QCOMPARE(image.pixel(61, 104), panel);
 }
 
 void KnobPaintTest::withoutTrack()
@@ -238,6 +347,46 @@ void KnobPaintTest::printedText()
     painter.end();
     QCOMPARE(image.copy(place), expected.copy(place));
     QVERIFY(count(image.copy(place), 0xffff79c6) > 0);
+}
+
+void KnobPaintTest::fontOfItsOwn()
+{
+    Knob knob;
+    picture(knob);
+    const QRect usual = knob.textRect;
+    knob.fontPointSize = 20;
+    const QImage image = picture(knob);
+    QVERIFY(knob.textRect.width() > usual.width());
+    QCOMPARE(knob.textRect, QFontMetrics(QFont(knob.fontFamily, 20), &image)
+                                .boundingRect(image.rect(), Qt::AlignCenter, "-80dB"));
+}
+
+void KnobPaintTest::fontFamilyOfItsOwn()
+{
+    Knob knob;
+    const QImage usual = picture(knob);
+    const QStringList families = QFontDatabase::families();
+    const auto differs = [&](const QString& family) {
+        knob.fontFamily = family;
+        const QImage image = picture(knob);
+        return image != usual &&
+               knob.textRect == QFontMetrics(QFont(family, 12), &image)
+                                    .boundingRect(image.rect(), Qt::AlignCenter, "-80dB");
+    };
+    QVERIFY2(std::any_of(families.cbegin(), families.cend(), differs),
+             qPrintable(families.join(u' ')));
+}
+
+void KnobPaintTest::textOfAWideKnob()
+{
+    Knob knob;
+    const QImage image = picture(knob, 200, 120);
+    const QRect place = QFontMetrics(QFont(knob.fontFamily, 12), &image)
+                            .boundingRect(image.rect(), Qt::AlignCenter, "-80dB");
+    QCOMPARE(knob.textRect, place);
+    QVERIFY(std::abs(place.center().x() - 100) <= 1 && std::abs(place.center().y() - 60) <= 2);
+    QVERIFY(count(image.copy(place), 0xffff79c6) > 0);
+    QCOMPARE(count(image, 0xffff79c6), count(image.copy(place), 0xffff79c6));
 }
 
 void KnobPaintTest::hiddenText()
