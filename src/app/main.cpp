@@ -1,14 +1,10 @@
 #include "app/single_instance.h"
+#include "app/top_level.h"
 #include "app/translation.h"
 #include "platform/session_end.h"
-#include "settings/settings.h"
-#include "shell/main_window.h"
-#include "shell/tray_icon.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QLocale>
-#include <QPixmap>
 #include <QTranslator>
 
 int main(int argc, char** argv)
@@ -28,17 +24,8 @@ int main(int argc, char** argv)
     }
     installTranslation(translator, QLocale::system().name(),
                        QCoreApplication::applicationDirPath());
-    const QPixmap icon(QStringLiteral(":/icon/icon.ico"));
-    if (!icon.isNull())
-        QGuiApplication::setWindowIcon(QIcon(icon));
+    setApplicationIcon();
 
-    Settings settings;
-    MainWindow mainWindow;
-    mainWindow.settings = &settings;
-    settings.reinitPending = true;
-    TrayIcon trayIcon;
-    trayIcon.setMainWindow(&mainWindow);
-    trayIcon.setSettingsWindow(&settings);
-    trayIcon.setVisible(true);
+    const TopLevel topLevel;
     return QApplication::exec();
 }

@@ -1,0 +1,21 @@
+#include "app/top_level.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+#include <QPixmap>
+
+TopLevel::TopLevel()
+{
+    mainWindow.settings = &settings;
+    settings.reinitPending = true;
+    trayIcon.setMainWindow(&mainWindow);
+    trayIcon.setSettingsWindow(&settings);
+    trayIcon.setVisible(true);
+}
+
+void setApplicationIcon()
+{
+    const QPixmap icon(QStringLiteral(":/icon/icon.ico"));
+    if (!icon.isNull())
+        QGuiApplication::setWindowIcon(QIcon(icon));
+}
