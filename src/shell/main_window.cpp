@@ -126,7 +126,7 @@ void MainWindow::watchDevice()
 {
     // A connection held from an earlier attempt is not released with the change.
     if (meterDevice)
-        unreleasedDevices.push_back(std::move(meterDevice));
+        unreleasedDevices.keep(std::move(meterDevice));
     meterDevice = std::make_unique<DriverDevice>();
     meterDevice->open();
     pidTimer->start();
@@ -146,14 +146,14 @@ void MainWindow::detectDevice()
     if (model == nullptr) {
         qDebug() << "Unknown device PID:" << devicePid;
         showStatus(QStringLiteral("未知设备，请检查连接！"));
-        unreleasedDevices.push_back(std::move(device));
+        unreleasedDevices.keep(std::move(device));
         return;
     }
     if (!settings->connectDevice()) {
         qDebug() << "Failed to connect to driver in settings window.";
         fitToContentSoon();
         watchDevice();
-        unreleasedDevices.push_back(std::move(device));
+        unreleasedDevices.keep(std::move(device));
         return;
     }
     settings->refreshFromDevice();
@@ -163,7 +163,7 @@ void MainWindow::detectDevice()
     if (!device->getFirmwareVersion(version.data(), firmwareLength)) {
         qDebug() << "Failed to get firmware version.";
         showStatus(QStringLiteral("获取固件版本失败，请检查连接！"));
-        unreleasedDevices.push_back(std::move(device));
+        unreleasedDevices.keep(std::move(device));
         return;
     }
     setFirmwareTitle(*model, version.data());

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "shell/kept_connections.h"
+
 #include <QMainWindow>
 #include <QSize>
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 class DriverDevice;
 class QLabel;
@@ -54,7 +55,5 @@ private:
     QLabel* statusLabel = nullptr;
     std::uint32_t errorCount = 0;
     QSize fittedSize; ///< what the content needed when the window was last fitted to it
-    /// Connections of arrivals that did not get as far as a titled panel, kept open on purpose: a
-    /// device that is being looked at must not see its last handle closed between two attempts.
-    std::vector<std::unique_ptr<DriverDevice>> unreleasedDevices;
+    KeptConnections unreleasedDevices; ///< of arrivals that did not get as far as a titled panel
 };

@@ -124,7 +124,7 @@ void TrayIcon::upgradeFirmwareAction()
     }
     // Names the first model whatever is attached: log readers know the line so.
     qDebug() << "Failed to create device in ka1.";
-    unopenedDevices.push_back(std::move(device));
+    unopenedDevices.keep(std::move(device));
 }
 
 void TrayIcon::openSoundPannel()

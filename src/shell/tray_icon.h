@@ -1,12 +1,10 @@
 #pragma once
 
+#include "shell/kept_connections.h"
+
 #include <QMenu>
 #include <QSystemTrayIcon>
 
-#include <memory>
-#include <vector>
-
-class DriverDevice;
 class MainWindow;
 class Settings;
 
@@ -44,6 +42,5 @@ private:
     MainWindow* mainWindow = nullptr;
     Settings* settingsWindow = nullptr;
     QMenu menu;
-    /// Devices that did not open for an upgrade; they live as long as the icon.
-    std::vector<std::unique_ptr<DriverDevice>> unopenedDevices;
+    KeptConnections unopenedDevices; ///< of upgrades that found no device
 };

@@ -41,6 +41,9 @@ void DesktopProgramsTest::soundPanelMissing()
             return;
         title = box->windowTitle();
         text = box->text();
+        QCOMPARE(box->icon(), QMessageBox::Warning);
+        QCOMPARE(box->standardButtons(), QMessageBox::Ok);
+        QVERIFY(box->parent() == nullptr);
         QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
     });
     DebugLog log;

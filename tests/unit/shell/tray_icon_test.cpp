@@ -18,6 +18,32 @@
 
 #include <iostream>
 
+namespace {
+
+/// Counts the events of one type that reach a widget.
+class EventCount : public QObject
+{
+public:
+    explicit EventCount(QEvent::Type counted)
+        : type(counted)
+    {
+    }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == type ? 1 : 0;
+        return false;
+    }
+
+private:
+    const QEvent::Type type;
+};
+
+} // namespace
+
 class TrayIconTest : public QObject
 {
     Q_OBJECT
@@ -28,11 +54,16 @@ private slots:
     void menu();
     void slotOrder();
     void quitOnLastWindowClosedIsOff();
+    void icon();
+    void bringsToTheFront_data();
+    void bringsToTheFront();
     void showMainWindow();
     void clicks_data();
     void clicks();
     void mainWindowEntryShowsAMinimisedWindow();
     void setupEntry();
+    void clickWithoutWindowWarns_data();
+    void clickWithoutWindowWarns();
     void missingWindowsWarn_data();
     void missingWindowsWarn();
     void nullMainWindowIsNotTakenOver();
@@ -111,6 +142,47 @@ void TrayIconTest::quitOnLastWindowClosedIsOff()
     QVERIFY(!tray.icon().isNull());
 }
 
+void TrayIconTest::icon()
+{
+    const TrayIcon tray;
+    const QImage expected = QPixmap(QStringLiteral(":/icon/icon.png")).toImage();
+    QVERIFY(!expected.isNull());
+    QCOMPARE(tray.icon().pixmap(expected.size(), 1).toImage(), expected);
+}
+
+void TrayIconTest::bringsToTheFront_data()
+{
+    QTest::addColumn<bool>("visible");
+    QTest::newRow("Main Window, hidden") << false;
+    QTest::newRow("Main Window, covered") << true;
+    QTest::newRow("Setup, hidden") << false;
+    QTest::newRow("Setup, covered") << true;
+}
+
+void TrayIconTest::bringsToTheFront()
+{
+    QFETCH(bool, visible);
+    const QString text = QString(QTest::currentDataTag()).section(u',', 0, 0);
+    Settings settings;
+    MainWindow window;
+    TrayIcon tray;
+    tray.setMainWindow(&window);
+    tray.setSettingsWindow(&settings);
+    QWidget* wanted = text == "Setup" ? static_cast<QWidget*>(&settings) : &window;
+    wanted->setVisible(visible);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+
+    EventCount raised(QEvent::ZOrderChange);
+    wanted->installEventFilter(&raised);
+    entry(tray, qPrintable(text))->trigger();
+    QVERIFY(wanted->isVisible());
+    QCOMPARE(raised.count, 1);
+    QVERIFY(QTest::qWaitForWindowActive(wanted));
+}
+
 void TrayIconTest::showMainWindow()
 {
     MainWindow window;
@@ -163,6 +235,33 @@ void TrayIconTest::setupEntry()
     QVERIFY(settings.isVisible());
 }
 
+void TrayIconTest::clickWithoutWindowWarns_data()
+{
+    QTest::addColumn<int>("reason");
+    QTest::addColumn<bool>("warns");
+    QTest::newRow("context") << int{QSystemTrayIcon::Context} << false;
+    QTest::newRow("double click") << int{QSystemTrayIcon::DoubleClick} << true;
+    QTest::newRow("trigger") << int{QSystemTrayIcon::Trigger} << true;
+    QTest::newRow("middle click") << int{QSystemTrayIcon::MiddleClick} << false;
+}
+
+void TrayIconTest::clickWithoutWindowWarns()
+{
+    QFETCH(int, reason);
+    QFETCH(bool, warns);
+    TrayIcon tray;
+    QString message;
+    const QObject untilTheEnd;
+    QTimer::singleShot(0, &untilTheEnd, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            message = box->text();
+            box->accept();
+        }
+    });
+    emit tray.activated(static_cast<QSystemTrayIcon::ActivationReason>(reason));
+    QCOMPARE(message, warns ? QString("主窗口未设置，请先设置主窗口。") : QString());
+}
+
 void TrayIconTest::missingWindowsWarn_data()
 {
     QTest::addColumn<QString>("text");
@@ -176,21 +275,25 @@ void TrayIconTest::missingWindowsWarn()
     TrayIcon tray;
     QString title;
     QString message;
-    qsizetype buttons = 0;
+    QMessageBox::StandardButtons buttons;
+    QMessageBox::Icon kind = QMessageBox::NoIcon;
     QTimer::singleShot(0, this, [&] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr)
             return;
         title = box->windowTitle();
         message = box->text();
-        buttons = box->buttons().size();
+        buttons = box->standardButtons();
+        kind = box->icon();
+        QVERIFY(box->isModal());
         QVERIFY(box->parent() == nullptr);
         QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
     });
     entry(tray, QTest::currentDataTag())->trigger();
     QCOMPARE(title, QString("警告"));
     QCOMPARE(message, text);
-    QCOMPARE(buttons, 1);
+    QCOMPARE(buttons, QMessageBox::Ok);
+    QCOMPARE(kind, QMessageBox::Warning);
 }
 
 void TrayIconTest::nullMainWindowIsNotTakenOver()

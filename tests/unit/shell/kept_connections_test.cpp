@@ -1,0 +1,173 @@
+#include "driver/driver_device.h"
+#include "settings/settings.h"
+#include "shell/kept_connections.h"
+#include "shell/main_window.h"
+#include "shell/tray_icon.h"
+#include "support/debug_log.h"
+#include "support/simulated_interface.h"
+#include "support/stream_capture.h"
+#include "support/test_main.h"
+
+#include <QLabel>
+#include <QLayout>
+#include <QTest>
+
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace {
+
+constexpr int mostKept = 256;
+constexpr std::uint32_t unknownModel = 7;
+
+} // namespace
+
+/// What a day beside a device that cannot be shown leaves behind.
+class KeptConnectionsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void oldestIsReleasedFirst();
+    void releasedWithTheirHolder();
+    void dayBesideAnUnknownDevice();
+    void firmwareThatCannotBeRead();
+    void dialogThatFindsNoDevice();
+    void upgradesWithoutDevice();
+
+private:
+    void detect(int times);
+    void arrive();
+
+    SimulatedInterface simulated;
+    StreamCapture<wchar_t> output{std::wcout};
+    StreamCapture<char> errors{std::cerr};
+    std::unique_ptr<Settings> settings;
+    std::unique_ptr<MainWindow> window;
+    std::optional<DebugLog> log;
+};
+
+void KeptConnectionsTest::init()
+{
+    window.reset();
+    settings.reset();
+    log.reset();
+    log.emplace();
+    simulated.control().reset();
+    settings = std::make_unique<Settings>();
+    window = std::make_unique<MainWindow>();
+    window->settings = settings.get();
+}
+
+void KeptConnectionsTest::detect(int times)
+{
+    for (int attempt = 0; attempt < times; ++attempt) {
+        window->detectDevice();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        log->clear();
+        output.takeLines();
+    }
+}
+
+/// A known device is plugged in, is found at once, and leaves again.
+void KeptConnectionsTest::arrive()
+{
+    simulated.control().plug(SimulatorControl::ka1);
+    window->detectDevice();
+    QCOMPARE(log->take().constLast(), QString("Device found with PID: 1"));
+    const QLayout* layout = window->centralWidget()->layout();
+    QCOMPARE(layout->count(), 1);
+    QCOMPARE(layout->itemAt(0)->widget()->metaObject()->className(), "ka1");
+    QVERIFY(window->windowTitle().startsWith("Quorvel KA1"));
+}
+
+void KeptConnectionsTest::oldestIsReleasedFirst()
+{
+    simulated.control().plug(SimulatorControl::ka1);
+    KeptConnections kept;
+    std::vector<DriverDevice*> devices;
+    for (int i = 0; i < mostKept + 1; ++i) {
+        auto device = std::make_unique<DriverDevice>();
+        QVERIFY(device->open());
+        devices.push_back(device.get());
+        if (i == mostKept)
+            QCOMPARE(simulated.settledHandles(mostKept + 1), mostKept + 1);
+        kept.keep(std::move(device));
+    }
+    QCOMPARE(simulated.settledHandles(mostKept), mostKept);
+    for (std::size_t i = 1; i < devices.size(); ++i) {
+        std::uint32_t pid = 0;
+        QVERIFY(devices[i]->getDevicePid(pid));
+    }
+}
+
+void KeptConnectionsTest::releasedWithTheirHolder()
+{
+    simulated.control().plug(unknownModel);
+    detect(3);
+    QCOMPARE(simulated.settledHandles(3), 3);
+    window.reset();
+    QCOMPARE(simulated.settledHandles(0), 0);
+}
+
+void KeptConnectionsTest::dayBesideAnUnknownDevice()
+{
+    simulated.control().plug(unknownModel);
+    detect(3000);
+    QCOMPARE(simulated.settledHandles(mostKept), mostKept);
+    QCOMPARE(window->findChildren<QLabel*>().size(), 1);
+    simulated.control().unplug();
+    arrive();
+    // The dialog's, the panel's and the watching one come on top.
+    QCOMPARE(simulated.settledHandles(mostKept + 3), mostKept + 3);
+}
+
+void KeptConnectionsTest::firmwareThatCannotBeRead()
+{
+    simulated.control().plug(unknownModel);
+    detect(mostKept - 1);
+    simulated.control().unplug();
+    simulated.control().plug(SimulatorControl::ka1);
+    simulated.control().fail(0xFFDC20A0, 3, 31);
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        detect(1);
+        // The dialog's and the panel's come on top.
+        QCOMPARE(simulated.settledHandles(mostKept + 2), mostKept + 2);
+    }
+    arrive();
+}
+
+void KeptConnectionsTest::dialogThatFindsNoDevice()
+{
+    // The product id stays from an attempt before; then all is gone, and all comes to nothing.
+    simulated.control().plug(SimulatorControl::ka1);
+    simulated.control().fail(0xFFDC20A0, 1, 31);
+    detect(1);
+    simulated.control().unplug();
+    detect(3000);
+    QVERIFY(simulated.openHandles() <= mostKept);
+    for (int read = 0; read < 3; ++read)
+        window->checkDevicePid();
+    log->clear();
+    arrive();
+    QCOMPARE(simulated.settledHandles(3), 3);
+}
+
+void KeptConnectionsTest::upgradesWithoutDevice()
+{
+    TrayIcon tray;
+    for (int attempt = 0; attempt < 3 * mostKept; ++attempt)
+        tray.upgradeFirmwareAction();
+    QCOMPARE(log->take().count("Failed to create device in ka1."), 3 * mostKept);
+    simulated.control().plug(SimulatorControl::ka1);
+    simulated.takeTrace();
+    tray.upgradeFirmwareAction();
+    QCOMPARE(simulated.takeTrace().size(), 1);
+    QCOMPARE(simulated.settledHandles(0), 0);
+}
+
+QUORVEL_TEST_MAIN(KeptConnectionsTest)
+#include "kept_connections_test.moc"
