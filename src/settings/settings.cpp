@@ -143,20 +143,19 @@ void Settings::updateUsbErrorCount()
         return;
     }
     if (usbStatus.usbErrorCount == 0) {
-        hideUsbError();
+        usbErrorLabel->hide();
         return;
     }
     usbErrorLabel->setText(tr("USB Error Count: %1").arg(std::uint32_t{usbStatus.usbErrorCount}));
     usbErrorLabel->show();
 }
 
-void Settings::hideUsbError()
+void Settings::showEvent(QShowEvent* event)
 {
-    if (usbErrorLabel->isHidden())
-        return;
-    usbErrorLabel->hide();
-    // The dialog had grown by the line.
-    adjustSize();
+    // Shown for the first time, the dialog fits its content. Without this the toolkit would fit it
+    // again each time it is shown, whatever size the user gave it.
+    setAttribute(Qt::WA_Resized);
+    QDialog::showEvent(event);
 }
 
 void Settings::showFromPipe()

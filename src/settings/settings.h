@@ -36,6 +36,9 @@ public:
     /// The device must be set up again when it comes back.
     bool reinitPending = false;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 public slots:
     void updateUsbErrorCount();
     /// Brings the dialog to the front, above all other windows: the ASIO driver asked for it.
@@ -56,7 +59,6 @@ private:
                          void (Settings::*apply)(int));
     void startPipeThread();
     void startUsbErrorTimer();
-    void hideUsbError();
     void store(const char* key, const QString& text);
 
     bool takeSampleRate(const QString& text);

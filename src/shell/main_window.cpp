@@ -93,7 +93,6 @@ void MainWindow::showStatus(const QString& text)
     statusLabel->setAlignment(Qt::AlignCenter);
     statusLabel->setStyleSheet(QStringLiteral("font-size: 12px; color: white;"));
     baseLayout->addWidget(statusLabel);
-    fitToContentSoon();
 }
 
 void MainWindow::clearLayout()
@@ -103,23 +102,6 @@ void MainWindow::clearLayout()
             widget->deleteLater();
         delete item;
     }
-}
-
-void MainWindow::fitToContentSoon()
-{
-    // A widget that joins a shown window counts only when the event loop has shown it.
-    QMetaObject::invokeMethod(this, &MainWindow::fitToContent, Qt::QueuedConnection);
-}
-
-void MainWindow::fitToContent()
-{
-    baseLayout->activate();
-    layout()->activate();
-    // Detection repeats: a size that the user gave the window stays as long as the content does.
-    if (sizeHint() == fittedSize)
-        return;
-    fittedSize = sizeHint();
-    adjustSize();
 }
 
 void MainWindow::watchDevice()
@@ -151,7 +133,6 @@ void MainWindow::detectDevice()
     }
     if (!settings->connectDevice()) {
         qDebug() << "Failed to connect to driver in settings window.";
-        fitToContentSoon();
         watchDevice();
         unreleasedDevices.keep(std::move(device));
         return;
@@ -179,7 +160,6 @@ void MainWindow::showPanel(const DeviceModel& model)
     baseLayout->addWidget(panel);
     qDebug() << model.added;
     update();
-    fitToContentSoon();
 }
 
 void MainWindow::setFirmwareTitle(const DeviceModel& model, const std::uint8_t* version)
@@ -221,4 +201,12 @@ void MainWindow::closeEvent(QCloseEvent* event)
     // The window belongs to the entry routine, which destroys it: a close that goes through must
     // not delete it as well.
     setAttribute(Qt::WA_DeleteOnClose, false);
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    // Shown for the first time, the window fits its content. Without this the toolkit would fit it
+    // again each time it is shown, whatever size the user gave it.
+    setAttribute(Qt::WA_Resized);
+    QMainWindow::showEvent(event);
 }

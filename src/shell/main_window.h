@@ -3,7 +3,6 @@
 #include "shell/kept_connections.h"
 
 #include <QMainWindow>
-#include <QSize>
 
 #include <cstdint>
 #include <memory>
@@ -16,8 +15,9 @@ class Settings;
 struct DeviceModel;
 
 /// The one top-level window: finds out which interface is attached, shows that model's panel,
-/// and removes it when the device stops answering. Starts hidden; the tray icon shows it.
-/// GUI thread only.
+/// and removes it when the device stops answering. Starts hidden; the tray icon shows it, then as
+/// large as its content. From then on the size is the user's, and only grows by itself, for content
+/// that does not fit. GUI thread only.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -37,6 +37,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void showStatus(const QString& text);
@@ -44,8 +45,6 @@ private:
     void watchDevice();
     void showPanel(const DeviceModel& model);
     void setFirmwareTitle(const DeviceModel& model, const std::uint8_t* version);
-    void fitToContentSoon();
-    void fitToContent();
 
     std::uint32_t devicePid = 0;
     QVBoxLayout* baseLayout = nullptr;
@@ -54,6 +53,5 @@ private:
     std::unique_ptr<DriverDevice> meterDevice;
     QLabel* statusLabel = nullptr;
     std::uint32_t errorCount = 0;
-    QSize fittedSize; ///< what the content needed when the window was last fitted to it
     KeptConnections unreleasedDevices; ///< of arrivals that did not get as far as a titled panel
 };

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWindow>
 
 class SettingsDialogTest : public QObject
 {
@@ -29,13 +30,23 @@ private slots:
     void damagedFile();
     void tickWithoutDevice();
     void usbErrorLine();
-    void dialogIsAsTallAsItsLines();
+    void growsForTheErrorLineAndStays();
+    void keepsTheUsersSize();
+    void firstShowFitsWhatIsLeft();
     void failedStatusReadLeavesTheLine();
     void destruction();
 
 private:
+    void countErrors(std::uint32_t errors);
+
     SettingsFixture fixture;
 };
+
+void SettingsDialogTest::countErrors(std::uint32_t errors)
+{
+    fixture.simulated.control().setErrorCount(errors);
+    fixture.dialog->updateUsbErrorCount();
+}
 
 void SettingsDialogTest::construction()
 {
@@ -232,25 +243,55 @@ void SettingsDialogTest::usbErrorLine()
     QVERIFY(line->isHidden());
 }
 
-void SettingsDialogTest::dialogIsAsTallAsItsLines()
+void SettingsDialogTest::growsForTheErrorLineAndStays()
 {
     fixture.connect(44100, 192, 24);
     fixture.dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
     const QSize without = fixture.dialog->size();
     QCOMPARE(without, fixture.dialog->sizeHint());
-    fixture.simulated.control().setErrorCount(3);
-    fixture.dialog->updateUsbErrorCount();
+    countErrors(3);
     QTRY_VERIFY(fixture.dialog->height() > without.height());
-    QCOMPARE(fixture.dialog->size(), fixture.dialog->sizeHint());
-    fixture.simulated.control().setErrorCount(0);
-    fixture.dialog->updateUsbErrorCount();
-    QTRY_COMPARE(fixture.dialog->size(), without);
-    // Without a line to hide the size is the user's.
-    fixture.dialog->resize(400, 600);
-    fixture.dialog->updateUsbErrorCount();
+    const QSize with = fixture.dialog->size();
+    QCOMPARE(with, fixture.dialog->sizeHint());
+    countErrors(0);
+    QTest::qWait(50);
+    QCOMPARE(fixture.dialog->size(), with);
+}
+
+void SettingsDialogTest::keepsTheUsersSize()
+{
+    fixture.connect(44100, 192, 24);
+    fixture.dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
+    // As the window system reports it, which is no size set by the program.
+    fixture.dialog->windowHandle()->resize(400, 600);
+    QTRY_COMPARE(fixture.dialog->size(), QSize(400, 600));
+    for (const std::uint32_t errors : {3U, 0U, 3U}) {
+        countErrors(errors);
+        QTest::qWait(50);
+        QCOMPARE(fixture.dialog->size(), QSize(400, 600));
+    }
+    fixture.dialog->hide();
+    countErrors(0);
+    fixture.dialog->show();
     QTest::qWait(50);
     QCOMPARE(fixture.dialog->size(), QSize(400, 600));
+    fixture.dialog->showFromPipe();
+    QTest::qWait(50);
+    QCOMPARE(fixture.dialog->size(), QSize(400, 600));
+}
+
+void SettingsDialogTest::firstShowFitsWhatIsLeft()
+{
+    fixture.connect(44100, 192, 24);
+    const QSize without = fixture.dialog->sizeHint();
+    countErrors(3);
+    QTest::qWait(50);
+    countErrors(0);
+    fixture.dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
+    QCOMPARE(fixture.dialog->size(), without);
 }
 
 void SettingsDialogTest::failedStatusReadLeavesTheLine()

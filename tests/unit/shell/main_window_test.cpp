@@ -33,6 +33,8 @@ private slots:
     void productIdZeroChangesNothing();
     void unknownDevice();
     void connected();
+    void models_data();
+    void models();
     void titleBytes_data();
     void titleBytes();
     void settingsConnectFails();
@@ -42,9 +44,6 @@ private slots:
     void replugWithinOnePeriod();
     void firstFailureAfterALossIsTheLast();
     void anotherModelUnderTheSameHandleGoesUnnoticed();
-    void fitsItsContent_data();
-    void fitsItsContent();
-    void keepsTheUsersSize();
     void closeWithoutTray();
     void repeatedArrivalsLeakNoHandle();
 
@@ -126,14 +125,18 @@ void MainWindowTest::construction()
 {
     QCOMPARE(window->windowTitle(), QString("Quorvel Driver"));
     QVERIFY(!window->isVisible());
-    QVERIFY(window->windowFlags().testFlag(Qt::WindowMinimizeButtonHint));
-    QVERIFY(window->windowFlags().testFlag(Qt::WindowCloseButtonHint));
-    QVERIFY(!window->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+    QCOMPARE(window->windowFlags(), Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                        Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    const QImage icon = QPixmap(QStringLiteral(":/icon/icon.png")).toImage();
+    QVERIFY(!icon.isNull());
+    QCOMPARE(window->windowIcon().pixmap(icon.size(), 1).toImage(), icon);
     QCOMPARE(window->styleSheet(), QString("QMainWindow { background-color: #2c313c; }"));
     QVERIFY(window->testAttribute(Qt::WA_DeleteOnClose));
     QCOMPARE(base()->alignment(), Qt::AlignHCenter | Qt::AlignVCenter);
     QCOMPARE(shown(), QStringList{"声卡未连接！"});
-    QCOMPARE(base()->itemAt(0)->widget()->styleSheet(), QString("font-size: 12px; color: white;"));
+    const auto* label = qobject_cast<QLabel*>(base()->itemAt(0)->widget());
+    QCOMPARE(label->styleSheet(), QString("font-size: 12px; color: white;"));
+    QCOMPARE(label->alignment(), Qt::AlignCenter);
     QCOMPARE(detectTimer()->interval(), 1000);
     QVERIFY(detectTimer()->isActive());
     QCOMPARE(pidTimer()->interval(), 400);
@@ -206,6 +209,33 @@ void MainWindowTest::connected()
     QVERIFY(trace.contains(TraceText::firmwareRequest(1)));
 }
 
+void MainWindowTest::models_data()
+{
+    QTest::addColumn<int>("productId");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("ka1") << 1 << "KA1";
+    QTest::newRow("ka2") << 2 << "KA2";
+    QTest::newRow("ks") << 15 << "KS";
+}
+
+void MainWindowTest::models()
+{
+    QFETCH(int, productId);
+    QFETCH(QString, name);
+    const QString panel = QTest::currentDataTag();
+    simulated.control().setFirmware({'0', '1', '2', '3', '4', '5', '6', '7', '8', '9'});
+    simulated.control().plug(static_cast<std::uint32_t>(productId));
+    window->detectDevice();
+    const QStringList lines = takeLog();
+    QCOMPARE(lines.constFirst(), QString("Device PID: %1").arg(productId));
+    QCOMPARE(lines.mid(lines.size() - 2),
+             (QStringList{QString("Adding %1 widget to layout.").arg(panel),
+                          QString("Device found with PID: %1").arg(productId)}));
+    QCOMPARE(shown(), QStringList{panel});
+    QCOMPARE(window->windowTitle(), QString("Quorvel %1 - FW: 0123456789").arg(name));
+    QCOMPARE(base()->itemAt(0)->widget()->parentWidget(), window->centralWidget());
+}
+
 void MainWindowTest::titleBytes_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -246,6 +276,9 @@ void MainWindowTest::settingsConnectFails()
     QCOMPARE(shown(), QStringList());
     QVERIFY(detectTimer()->isActive());
     QVERIFY(pidTimer()->isActive());
+    // The connection of the first attempt is still held.
+    flushDeletions();
+    QCOMPARE(simulated.settledHandles(1), 1);
     for (int read = 0; read < 3; ++read)
         window->checkDevicePid();
     QCOMPARE(shown(), QStringList{"声卡未连接！"});
@@ -263,9 +296,13 @@ void MainWindowTest::firmwareReadFails()
     QCOMPARE(window->windowTitle(), QString("Quorvel Driver"));
     QVERIFY(detectTimer()->isActive());
     QVERIFY(!pidTimer()->isActive());
+    // The dialog's, the panel's and the one of the attempt.
+    QCOMPARE(simulated.settledHandles(3), 3);
     window->detectDevice();
     QCOMPARE(shown(), QStringList{"ka1"});
     flushDeletions();
+    // The watching one came on top.
+    QCOMPARE(simulated.settledHandles(4), 4);
     QCOMPARE(window->findChildren<ka1*>().size(), 1);
     QVERIFY(!detectTimer()->isActive());
 }
@@ -340,73 +377,6 @@ void MainWindowTest::anotherModelUnderTheSameHandleGoesUnnoticed()
     window->checkDevicePid();
     QCOMPARE(takeLog(), QStringList());
     QCOMPARE(shown(), QStringList{"ka1"});
-}
-
-void MainWindowTest::fitsItsContent_data()
-{
-    QTest::addColumn<bool>("hidden");
-    QTest::newRow("in sight") << false;
-    QTest::newRow("in the tray") << true;
-}
-
-void MainWindowTest::fitsItsContent()
-{
-    QFETCH(bool, hidden);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    window->setHidden(hidden);
-    const auto fitted = [this] {
-        // As many rounds as the toolkit takes to show what was added and to lay it out.
-        for (int round = 0; round < 5; ++round)
-            QCoreApplication::processEvents();
-        window->show();
-        QCoreApplication::processEvents();
-        // The toolkit makes no window smaller than this by itself: its title would not be seen.
-        const QSize wanted = window->sizeHint().expandedTo({200, 100});
-        return window->size() == wanted ? wanted : QSize();
-    };
-    const QSize waiting = window->size();
-    simulated.control().plug(SimulatorControl::ka2);
-    window->detectDevice();
-    const QSize wide = fitted();
-    QVERIFY(wide.width() > waiting.width() && wide.height() > waiting.height());
-
-    window->setHidden(hidden);
-    lose();
-    QCOMPARE(fitted(), waiting);
-
-    window->setHidden(hidden);
-    simulated.control().plug(SimulatorControl::ka1);
-    window->detectDevice();
-    const QSize narrow = fitted();
-    QVERIFY(narrow.isValid());
-    QVERIFY(narrow.width() < wide.width());
-
-    // Nothing at all to show: the dialog found no device.
-    lose();
-    simulated.control().plug(SimulatorControl::ka1);
-    simulated.control().fail(0xFFDC20A0, 1, 31);
-    window->detectDevice();
-    fitted();
-    simulated.control().unplug();
-    window->setHidden(hidden);
-    window->detectDevice();
-    QCOMPARE(shown(), QStringList());
-    QCOMPARE(fitted(), waiting);
-}
-
-void MainWindowTest::keepsTheUsersSize()
-{
-    // An unknown device is looked at again every second; its line of text stays the same.
-    simulated.control().plug(7);
-    window->show();
-    window->detectDevice();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QTest::qWait(50);
-    window->resize(400, 300);
-    window->detectDevice();
-    QTest::qWait(50);
-    QCOMPARE(window->size(), QSize(400, 300));
 }
 
 void MainWindowTest::closeWithoutTray()
