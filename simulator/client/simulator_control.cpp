@@ -7,7 +7,9 @@
 namespace {
 
 constexpr std::uint32_t mixerCode = 0xFFDC2040;
-constexpr std::size_t answerBytes = 65536;
+constexpr std::size_t answerBytes = 128 * 1024;
+/// For an answer that is shorter than what it should hold.
+constexpr std::uint32_t notEnough = SIM_ERROR_INSUFFICIENT_BUFFER;
 
 SimulatedRequest fromRecord(const SimRequest& record)
 {
@@ -43,6 +45,12 @@ void addCells(SimulatedRequest& request, const SimRequest& record,
 }
 
 } // namespace
+
+SimulatorReadError::SimulatorReadError(std::uint32_t windowsError)
+    : std::runtime_error("the simulator gave no answer (error " + std::to_string(windowsError) +
+                         ")")
+{
+}
 
 SimulatorControl::SimulatorControl() = default;
 
@@ -165,8 +173,8 @@ bool SimulatorControl::setDriverValue(std::uint32_t value)
 
 std::vector<SimulatedRequest> SimulatorControl::trace()
 {
-    std::vector<SimRequest> records;
-    if (!readRecords(records) || records.empty())
+    const std::vector<SimRequest> records = readRecords();
+    if (records.empty())
         return {};
     std::uint64_t first = records.front().firstCell;
     const std::uint64_t end = records.back().firstCell + records.back().changedCells;
@@ -189,35 +197,32 @@ bool SimulatorControl::clearTrace()
 std::vector<SimulatedRequest> SimulatorControl::takeTrace()
 {
     std::vector<SimulatedRequest> result = trace();
-    if (!result.empty())
-        send(SIM_CLEAR_TRACE, &result.back().sequence, sizeof result.back().sequence);
+    if (!result.empty() &&
+        !send(SIM_CLEAR_TRACE, &result.back().sequence, sizeof result.back().sequence))
+        throw SimulatorReadError(error);
     return result;
 }
 
 SimulatedState SimulatorControl::state()
 {
     SimulatedState result = {};
-    std::size_t length = 0;
-    receive(SIM_READ_STATE, nullptr, 0, &result, sizeof result, length);
+    std::memcpy(&result, read(SIM_READ_STATE, sizeof result).data(), sizeof result);
     return result;
 }
 
 std::vector<double> SimulatorControl::mixerTable()
 {
     std::vector<double> result(SIM_MIXER_CELLS);
-    std::size_t length = 0;
-    if (!receive(SIM_READ_MIXER, nullptr, 0, result.data(), SIM_MIXER_BYTES, length))
-        result.clear();
+    std::memcpy(result.data(), read(SIM_READ_MIXER, SIM_MIXER_BYTES).data(), SIM_MIXER_BYTES);
     return result;
 }
 
 std::vector<SimulatedCommand> SimulatorControl::commands()
 {
-    std::vector<SimulatedCommand> result(answerBytes / sizeof(SimulatedCommand));
-    std::size_t length = 0;
-    receive(SIM_READ_COMMANDS, nullptr, 0, result.data(), result.size() * sizeof result.front(),
-            length);
-    result.resize(length / sizeof result.front());
+    const std::vector<std::uint8_t> answer = read(SIM_READ_COMMANDS, 0);
+    std::vector<SimulatedCommand> result(answer.size() / sizeof(SimulatedCommand));
+    if (!result.empty())
+        std::memcpy(result.data(), answer.data(), result.size() * sizeof result.front());
     return result;
 }
 
@@ -226,38 +231,24 @@ std::uint32_t SimulatorControl::lastError() const
     return error;
 }
 
-bool SimulatorControl::readRecords(std::vector<SimRequest>& records)
+std::vector<SimRequest> SimulatorControl::readRecords()
 {
-    std::vector<std::uint8_t> answer(answerBytes);
-    std::uint64_t from = 0;
+    std::vector<SimRequest> records;
     SimTrace head = {};
     do {
-        std::size_t length = 0;
-        if (!receive(SIM_READ_TRACE, &from, sizeof from, answer.data(), answer.size(), length))
-            return false;
-        std::memcpy(&head, answer.data(), sizeof head);
-        const std::size_t old = records.size();
-        records.resize(old + head.count);
-        if (head.count > 0) {
-            std::memcpy(&records[old], answer.data() + sizeof head,
-                        head.count * sizeof records.front());
-            from = records.back().sequence + 1;
-        }
+        const std::uint64_t from = records.empty() ? 0 : records.back().sequence + 1;
+        head = readNumbered<SimTrace>(SIM_READ_TRACE, from, records);
     } while (head.count > 0);
-    return true;
+    return records;
 }
 
 std::vector<SimCell> SimulatorControl::readCells(std::uint64_t& first, std::uint64_t end)
 {
     std::vector<SimCell> cells;
-    std::vector<std::uint8_t> answer(answerBytes);
     std::uint64_t next = first;
     while (next < end) {
-        std::size_t length = 0;
-        if (!receive(SIM_READ_CELLS, &next, sizeof next, answer.data(), answer.size(), length))
-            return cells;
-        SimCells head = {};
-        std::memcpy(&head, answer.data(), sizeof head);
+        std::vector<SimCell> more;
+        const SimCells head = readNumbered<SimCells>(SIM_READ_CELLS, next, more);
         if (head.count == 0)
             return cells;
         // A gap means that the older cells are gone: start over behind it.
@@ -265,12 +256,44 @@ std::vector<SimCell> SimulatorControl::readCells(std::uint64_t& first, std::uint
             cells.clear();
             first = head.first;
         }
-        const std::size_t old = cells.size();
-        cells.resize(old + head.count);
-        std::memcpy(&cells[old], answer.data() + sizeof head, head.count * sizeof cells.front());
+        cells.insert(cells.end(), more.begin(), more.end());
         next = head.first + head.count;
     }
     return cells;
+}
+
+std::vector<std::uint8_t> SimulatorControl::read(std::uint32_t code, std::size_t least,
+                                                 const std::uint64_t* from)
+{
+    std::vector<std::uint8_t> answer(answerBytes);
+    std::size_t length = 0;
+    if (!receive(code, from, from == nullptr ? 0 : sizeof *from, answer.data(), answer.size(),
+                 length))
+        throw SimulatorReadError(error);
+    if (length < least) {
+        error = notEnough;
+        throw SimulatorReadError(error);
+    }
+    answer.resize(length);
+    return answer;
+}
+
+template <class Head, class Record>
+Head SimulatorControl::readNumbered(std::uint32_t code, std::uint64_t from,
+                                    std::vector<Record>& records)
+{
+    Head head = {};
+    const std::vector<std::uint8_t> answer = read(code, sizeof head, &from);
+    std::memcpy(&head, answer.data(), sizeof head);
+    if ((answer.size() - sizeof head) / sizeof(Record) < head.count) {
+        error = notEnough;
+        throw SimulatorReadError(error);
+    }
+    const std::size_t old = records.size();
+    records.resize(old + head.count);
+    if (head.count > 0)
+        std::memcpy(&records[old], answer.data() + sizeof head, head.count * sizeof(Record));
+    return head;
 }
 
 bool SimulatorControl::send(std::uint32_t code, const void* input, std::size_t length)

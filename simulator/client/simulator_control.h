@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,10 +16,18 @@ using SimulatedState = SimState;
 /// The last command per opcode and channel.
 using SimulatedCommand = SimCommand;
 
+/// A read that got no answer, or not the whole of it.
+class SimulatorReadError : public std::runtime_error
+{
+public:
+    explicit SimulatorReadError(std::uint32_t windowsError);
+};
+
 /// Steers the simulated interface through its control door. It works with the native host and the
 /// kernel-mode host alike. Control requests never show in the trace.
 ///
-/// Every function reports success; lastError() then tells the Windows error number of a failure.
+/// What steers returns whether it succeeded; what reads throws SimulatorReadError when it failed,
+/// lest zeros pass for an answer. lastError() then tells the Windows error number of a failure.
 /// Not thread-safe.
 class SimulatorControl
 {
@@ -88,10 +97,9 @@ public:
     /// trace(), and exactly these requests are forgotten.
     std::vector<SimulatedRequest> takeTrace();
 
-    /// All zero after a failure.
     SimulatedState state();
 
-    /// The 8288 linear gains as last accepted; empty after a failure.
+    /// The 8288 linear gains as last accepted.
     std::vector<double> mixerTable();
     std::vector<SimulatedCommand> commands();
 
@@ -103,7 +111,13 @@ private:
     bool receive(std::uint32_t code, const void* input, std::size_t inputLength, void* output,
                  std::size_t capacity, std::size_t& length);
     bool addFault(const SimFault& fault);
-    bool readRecords(std::vector<SimRequest>& records);
+    /// The answer to a read that may name the first record wanted; at least `least` bytes.
+    std::vector<std::uint8_t> read(std::uint32_t code, std::size_t least,
+                                   const std::uint64_t* from = nullptr);
+    /// The same for an answer of a head that counts and of records, which are added to `records`.
+    template <class Head, class Record>
+    Head readNumbered(std::uint32_t code, std::uint64_t from, std::vector<Record>& records);
+    std::vector<SimRequest> readRecords();
     std::vector<SimCell> readCells(std::uint64_t& first, std::uint64_t end);
 
     HANDLE door = INVALID_HANDLE_VALUE;

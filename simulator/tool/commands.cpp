@@ -19,8 +19,8 @@ ToolResult done(bool succeeded)
 
 ToolResult print(const std::string& text)
 {
-    std::fputs(text.c_str(), stdout);
-    return ToolResult::done;
+    const bool written = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return written ? ToolResult::done : ToolResult::unwritten;
 }
 
 /// Reads all words from `first` on as numbers; "forever" is the endless count.

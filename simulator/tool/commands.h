@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The exit codes of the control tool.
-enum class ToolResult { done = 0, refused = 1, misused = 2 };
+/// How a command ended. `unwritten`: there is an answer, but nobody got it.
+enum class ToolResult { done, refused, misused, unwritten };
 
 /// One line of the tool's command list.
 struct ToolCommand
@@ -16,6 +16,7 @@ struct ToolCommand
     std::size_t mostWords;
     const char* words; ///< As in the help text.
     const char* summary;
+    /// Throws SimulatorReadError when an answer is missing.
     ToolResult (*run)(SimulatorControl& control, const std::vector<std::string>& words);
 };
 

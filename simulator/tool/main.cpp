@@ -12,12 +12,29 @@ void printHelp()
         std::printf("  %-14s %-24s %s\n", command.name, command.words, command.summary);
     std::puts("\nCODE is a control code in hexadecimal or 'any'; COUNT is a number or 'forever',\n"
               "and 0 takes the faults of that code back.\n"
-              "Exit code: 0 done, 1 refused or no simulator, 2 not understood.");
+              "Exit code: 0 done, 1 refused, unanswered or no simulator, 2 not understood.");
 }
 
 int exitCode(ToolResult result)
 {
-    return static_cast<int>(result);
+    switch (result) {
+    case ToolResult::done:
+        return 0;
+    case ToolResult::misused:
+        return 2;
+    default:
+        return 1;
+    }
+}
+
+ToolResult resultOf(const ToolCommand& command, SimulatorControl& control,
+                    const std::vector<std::string>& words)
+{
+    try {
+        return command.run(control, words);
+    } catch (const SimulatorReadError&) {
+        return ToolResult::refused;
+    }
 }
 
 int runCommand(const ToolCommand& command, const std::vector<std::string>& words)
@@ -28,12 +45,15 @@ int runCommand(const ToolCommand& command, const std::vector<std::string>& words
                      static_cast<unsigned>(control.lastError()));
         return exitCode(ToolResult::refused);
     }
-    const ToolResult result = command.run(control, words);
+    const ToolResult result = resultOf(command, control, words);
     if (result == ToolResult::misused)
         std::fprintf(stderr, "quorvel-simctl: usage: %s %s\n", command.name, command.words);
     if (result == ToolResult::refused)
         std::fprintf(stderr, "quorvel-simctl: the simulator refused '%s' (error %u)\n",
                      command.name, static_cast<unsigned>(control.lastError()));
+    if (result == ToolResult::unwritten)
+        std::fprintf(stderr, "quorvel-simctl: the answer to '%s' cannot be written\n",
+                     command.name);
     return exitCode(result);
 }
 

@@ -1,0 +1,72 @@
+#include "failing_simulator.h"
+
+#include "platform/port/device_wire.h"
+#include "platform/port/local_socket.h"
+#include "platform/port/runtime_folder.h"
+#include "simulator/model/simulator_protocol.h"
+
+#include <QtGlobal>
+
+#include <poll.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int queue = 4;
+constexpr int attention = 20; // milliseconds
+
+std::string doorPath()
+{
+    return runtimeFolder() + "/dev/" SIM_DOOR_NAME;
+}
+
+/// Also when the other side has closed.
+bool isReadable(int descriptor)
+{
+    pollfd polled = {descriptor, POLLIN, 0};
+    return ::poll(&polled, 1, attention) > 0;
+}
+
+} // namespace
+
+FailingSimulator::FailingSimulator(const Answer& answer)
+    : given(answer)
+{
+    if (createRuntimeFolder("dev"))
+        listener = listenOnSocket(doorPath(), queue);
+    if (!listener.isValid())
+        qFatal("cannot listen on %s", doorPath().c_str());
+    server = std::thread([this] { serve(); });
+}
+
+FailingSimulator::~FailingSimulator()
+{
+    leave = true;
+    server.join();
+    ::unlink(doorPath().c_str());
+}
+
+void FailingSimulator::serve()
+{
+    while (!leave) {
+        if (isReadable(listener.get()))
+            serveClient(acceptSocket(listener.get()));
+    }
+}
+
+void FailingSimulator::serveClient(const FileDescriptor& client) const
+{
+    std::vector<std::uint8_t> input(largestTransfer);
+    while (!leave) {
+        if (!isReadable(client.get()))
+            continue;
+        DeviceRequest request = {};
+        if (receiveMessage(client.get(), &request, sizeof request, input.data(), input.size()) <= 0)
+            return;
+        const bool fails = request.call == DeviceCall::control;
+        const DeviceAnswer head = {fails ? given.error : 0, fails ? given.length : 0};
+        const std::vector<std::uint8_t> bytes(head.returned, given.value);
+        sendMessage(client.get(), &head, sizeof head, bytes.data(), bytes.size());
+    }
+}
