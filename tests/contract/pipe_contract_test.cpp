@@ -64,6 +64,13 @@ Reading readFrom(HANDLE pipe, DWORD room = 1024)
     return {error, buffer.left(static_cast<int>(count))};
 }
 
+/// Long enough for another thread to get into the call it is about to make, on a busy machine too:
+/// from outside a waiting call cannot be told from one about to wait.
+void letOthersWait()
+{
+    Sleep(1000);
+}
+
 /// A handle that closes itself.
 class Handle
 {
@@ -226,7 +233,7 @@ void PipeContractTest::serverWaitsForItsClient()
     QElapsedTimer clock;
     clock.start();
     std::thread client([&] {
-        Sleep(150);
+        letOthersWait();
         const Handle end(openPipe());
         writeTo(end, "hello");
     });
@@ -235,7 +242,7 @@ void PipeContractTest::serverWaitsForItsClient()
     const Reading reading = readFrom(pipe);
     client.join();
     QCOMPARE(connected, succeeded);
-    QVERIFY2(waited >= 140, qPrintable(QString::number(waited)));
+    QVERIFY2(waited >= 990, qPrintable(QString::number(waited)));
     QCOMPARE(reading.error, succeeded);
     QCOMPARE(reading.data, QByteArray("hello"));
 }
@@ -364,8 +371,13 @@ void PipeContractTest::disconnectingDropsTheRest()
     client.close();
 
     std::thread other([&] {
-        Sleep(50);
-        const Handle end(openPipe());
+        // Busy until the server listens again.
+        HANDLE opened = openPipe();
+        while (opened == INVALID_HANDLE_VALUE && GetLastError() == busy) {
+            Sleep(1);
+            opened = openPipe();
+        }
+        const Handle end(opened);
         writeTo(end, "fresh");
     });
     const DWORD connected = connectPipe(pipe);
@@ -526,7 +538,7 @@ void PipeContractTest::waitingReaderGetsTheLastMessage()
         const Reading reading = readFrom(client);
         return reading.data == "last words" ? reading.error : noFunction;
     });
-    Sleep(300); // Until it waits.
+    letOthersWait();
     QCOMPARE(writeTo(pipe, "last words"), succeeded);
     QCOMPARE(disconnectPipe(pipe), succeeded);
     QCOMPARE(reader.join(), succeeded);
@@ -538,7 +550,7 @@ void PipeContractTest::closingBreaksAWaitingWrite()
     const Handle pipe(createPipe());
     Handle client(openPipe());
     WaitingThread writer([&] { return writeTo(pipe, QByteArray(1000000, 'z')); });
-    Sleep(300);
+    letOthersWait();
     client.close();
     QCOMPARE(writer.join(), brokenPipe);
 }

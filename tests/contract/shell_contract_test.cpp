@@ -9,6 +9,9 @@
 
 namespace {
 
+/// For a program to start and act, in milliseconds.
+constexpr int startTime = 45000;
+
 quintptr shellExecute(const QByteArray& file, const char* parameters)
 {
     return reinterpret_cast<quintptr>(
@@ -43,7 +46,7 @@ void ShellContractTest::programIsFoundInThePath()
     const quintptr result = shellExecute("quorvel-simctl", "plug ks  7");
     qputenv("PATH", path);
     QVERIFY(result > 32);
-    QTRY_COMPARE(simulated.control().state().plugged, 1u);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().plugged, 1u, startTime);
     QCOMPARE(simulated.control().state().productId, 15u);
     QCOMPARE(simulated.control().state().bus, 7u);
 }
@@ -55,7 +58,7 @@ void ShellContractTest::programIsStartedByItsPath()
         QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + "/quorvel-simctl")
             .toLocal8Bit();
     QVERIFY(shellExecute(file, "errors 12") > 32);
-    QTRY_COMPARE(simulated.control().state().usbStatus.errorCount, 12u);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().usbStatus.errorCount, 12u, startTime);
 }
 
 void ShellContractTest::sleepTakesItsTime()

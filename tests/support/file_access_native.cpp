@@ -36,6 +36,8 @@ ReadOnly::ReadOnly(const QString& file)
         above = QFileInfo(above).path();
     }
     setfsuid(nobody);
+    if (QFile(path).open(QFile::ReadWrite | QFile::ExistingOnly))
+        qFatal("%s can still be written", qPrintable(path));
 }
 
 ReadOnly::~ReadOnly()

@@ -9,6 +9,8 @@ ReadOnly::ReadOnly(const QString& file)
     : path(file)
 {
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser);
+    if (QFile(path).open(QFile::ReadWrite | QFile::ExistingOnly))
+        qFatal("%s can still be written", qPrintable(path));
 }
 
 ReadOnly::~ReadOnly()

@@ -34,8 +34,10 @@ QMap<QString, QString> IniFile::read(const QString& name)
 {
     QMap<QString, QString> values;
     QFile reader(path(name));
-    if (!reader.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!reader.exists())
         return values;
+    if (!reader.open(QIODevice::ReadOnly | QIODevice::Text))
+        qFatal("cannot read %s", qPrintable(reader.fileName()));
     QString group;
     const QStringList lines = QString::fromUtf8(reader.readAll()).split(u'\n');
     for (const QString& line : lines) {

@@ -42,7 +42,7 @@ int SimulatedInterface::openHandles()
 
 int SimulatedInterface::settledHandles(int expected)
 {
-    const QDeadlineTimer patience(2000);
+    const QDeadlineTimer patience(30000);
     while (openHandles() != expected && !patience.hasExpired())
         QThread::msleep(5);
     return openHandles();

@@ -24,8 +24,8 @@ public:
     /// How many device handles opened since the last reset are open now.
     int openHandles();
 
-    /// The same, as soon as it is `expected` or two seconds have passed: a kernel-mode driver hears
-    /// of a closed handle a moment after the call that closed it has returned.
+    /// The same, as soon as it is `expected` or half a minute has passed: a kernel-mode driver
+    /// hears of a closed handle a moment after the call that closed it has returned.
     int settledHandles(int expected);
 
 private:

@@ -13,7 +13,7 @@ QString SimulatorHost::start()
     process.setProcessChannelMode(QProcess::MergedChannels);
     // Should the test crash, its end of the pipe closes and the simulator ends by itself.
     process.start(program, {QStringLiteral("--until-stdin-closes")});
-    while (process.waitForReadyRead(10000)) {
+    while (process.waitForReadyRead(30000)) {
         if (process.canReadLine())
             break;
     }
