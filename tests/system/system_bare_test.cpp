@@ -1,12 +1,9 @@
 #include "support/test_main.h"
 #include "system/desktop/system_test.h"
-#include "system/desktop/wait_until.h"
 
 #include <QFileInfo>
 #include <QSharedMemory>
 #include <QSystemTrayIcon>
-
-using namespace std::chrono_literals;
 
 /// Surroundings that lack something: a notification area, a place for the marker of the running
 /// copy.
@@ -28,11 +25,12 @@ void SystemBare::runsWithoutTray()
     QVERIFY(panel().waitForLine(QStringLiteral("Device found with PID: 1")));
     QVERIFY(panel().waitForLine(QStringLiteral("设置初始化完成")));
     QVERIFY(panel().isRunning());
-    QVERIFY(Desktop::windows(QStringLiteral("^Quorvel")).isEmpty());
+    QVERIFY(waitForWatch());
+    QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
 
     panel().terminate();
-    QVERIFY(waitUntil([this] { return !panel().isRunning(); }, 10s));
-    QTRY_COMPARE(simulator().openHandles().value_or(-1), 0);
+    QVERIFY(panel().waitForEnd());
+    QCOMPARE(handles(0), 0);
 }
 
 void SystemBare::leavesWithoutMarker()

@@ -1,13 +1,21 @@
 #include "support/test_main.h"
 #include "system/desktop/process_figures.h"
 #include "system/desktop/system_test.h"
+#include "system/desktop/target.h"
 #include "system/desktop/tray_menu.h"
-
 #include "system/desktop/wait_until.h"
+
 #include <QElapsedTimer>
 #include <QThread>
 
-using namespace std::chrono_literals;
+#include <algorithm>
+
+namespace {
+
+/// In a second. Nine are what the timers of a connected panel take; a frame rate is far above.
+constexpr qint64 mostWakeUps = 40;
+
+} // namespace
 
 /// One copy only, a start without anything there, and what the program costs while nothing
 /// happens.
@@ -30,15 +38,16 @@ private slots:
 void SystemStart::secondCopyLeavesAtOnce()
 {
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
-    const int handles = simulator().openHandles().value_or(-1);
+    QCOMPARE(handles(3), 3);
     const auto copy = session().startCopy();
     QCOMPARE(copy->waitForExit().value_or(-1), 0);
     QVERIFY(copy->debugLines().contains(QStringLiteral("Quorvel Mixer 已经在运行中。")));
     QVERIFY(!copy->debugLines().contains(QStringLiteral("Settings dialog created.")));
 
     QVERIFY(panel().isRunning());
-    QCOMPARE(simulator().openHandles().value_or(-1), handles);
-    QCOMPARE(Desktop::trayIcons().size(), 1);
+    QVERIFY(waitForWatch());
+    QCOMPARE(handles(3), 3);
+    QCOMPARE(Desktop::trayIcons().value_or(QList<QRect>()).size(), 1);
     QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
     QCOMPARE(panel().waitForExit().value_or(-1), 0);
 }
@@ -52,13 +61,15 @@ void SystemStart::copiesStartedTogetherLeaveOne()
         return std::count_if(copies.begin(), copies.end(),
                              [](const auto& copy) { return copy->isRunning(); });
     };
-    QTRY_COMPARE_WITH_TIMEOUT(running(), 1, 15000);
-    QCOMPARE(std::count_if(copies.begin(), copies.end(),
-                           [](const auto& copy) {
-                               return copy->debugLines().contains(
-                                   QStringLiteral("Quorvel Mixer 已经在运行中。"));
-                           }),
-             3);
+    const auto saying = [&](const QString& line) {
+        return std::count_if(copies.begin(), copies.end(),
+                             [&](const auto& copy) { return copy->debugLines().contains(line); });
+    };
+    const QString created = QStringLiteral("Settings dialog created.");
+    QVERIFY(waitUntil([&] { return saying(created) > 0; }));
+    QCOMPARE(awaited(1L, running), 1L);
+    QCOMPARE(saying(created), 1);
+    QCOMPARE(saying(QStringLiteral("Quorvel Mixer 已经在运行中。")), 3);
 }
 
 void SystemStart::startAfterAKillWorks()
@@ -78,7 +89,7 @@ void SystemStart::startAfterAKillWorks()
 void SystemStart::waitsWithoutSimulator()
 {
     QVERIFY(session().startPanel());
-    QVERIFY(panel().waitForLine(QStringLiteral("Device PID: 0"), 2));
+    QVERIFY(waitForLooks());
     QVERIFY(Desktop::waitForTrayIcon().has_value());
     QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
     QCOMPARE(panel().waitForExit().value_or(-1), 0);
@@ -88,10 +99,12 @@ void SystemStart::oneWatcherOpensAndClosesTheDevice()
 {
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     // The settings dialog, the panel and the connection's watcher each hold a handle of their own.
-    QTRY_COMPARE(simulator().openHandles().value_or(-1), 3);
+    QCOMPARE(handles(3), 3);
+    QVERIFY(waitForWatch());
+    QCOMPARE(handles(3), 3);
     QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
-    QVERIFY(panel().waitForExit().has_value());
-    QCOMPARE(simulator().openHandles().value_or(-1), 0);
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
+    QCOMPARE(handles(0), 0);
 }
 
 void SystemStart::everyModelIsRecognised_data()
@@ -120,25 +133,32 @@ void SystemStart::unknownModelIsNamed()
     QVERIFY(session().startPanel());
     QVERIFY(panel().waitForLine(QStringLiteral("Unknown device PID: 7"), 2));
     QVERIFY(session().openMainWindow().has_value());
-    QVERIFY(!Desktop::windows(QStringLiteral("^Quorvel Driver$")).isEmpty());
+    QVERIFY(Desktop::window(QStringLiteral("^Quorvel Driver$")).has_value());
 }
 
 void SystemStart::idlingIsCheap()
 {
+    constexpr unsigned long seconds = 6;
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     QVERIFY(simulator().moveLevels());
     const auto before = ProcessFigures::of(panel().processId());
     QElapsedTimer clock;
     clock.start();
-    QThread::sleep(5);
+    QThread::sleep(seconds);
     const auto after = ProcessFigures::of(panel().processId());
     const qint64 span = clock.elapsed();
     QVERIFY(before && after);
     QVERIFY(before->processorTime.count() > 0);
+    QVERIFY(after->wakeUps > before->wakeUps);
     const qint64 used = (after->processorTime - before->processorTime).count();
-    qInfo("%lld ms of processor time in %lld ms, window shown and levels moving", used, span);
-    // Far above what it takes, also under a sanitizer; a busy loop takes all of it.
-    QVERIFY(used < span / 4);
+    const qint64 wakeUps = (after->wakeUps - before->wakeUps) * 1000 / span;
+    qInfo("%lld ms of processor time in %lld ms, %lld wake-ups a second, window shown and levels "
+          "moving",
+          used, span, wakeUps);
+    // The time grows on a slow machine and under a sanitizer, the wake-ups do not.
+    QVERIFY2(used * 100 <= span * 3, qPrintable(QString::number(used)));
+    // Under Wine each call that waits for its server counts as well.
+    QVERIFY2(Target::isWindows() || wakeUps <= mostWakeUps, qPrintable(QString::number(wakeUps)));
 }
 
 QUORVEL_TEST_MAIN(SystemStart)

@@ -6,8 +6,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 
-using namespace std::chrono_literals;
-
 namespace {
 
 const QString mainWindow = QStringLiteral("^Quorvel Driver$");
@@ -24,6 +22,7 @@ private slots:
     void nothingIsShownAtStart();
     void clicksOpenTheWindow_data();
     void clicksOpenTheWindow();
+    void doubleClickOpensTheWindow();
     void middleAndRightClickOpenNoWindow();
     void closingTheWindowHidesIt();
     void menuShowsBothWindows();
@@ -39,6 +38,8 @@ private:
     bool startWithoutDevice() { return session().startSimulator() && session().startPanel(); }
     /// Puts a program of this name, a shell script, in front of all others.
     bool placeCommand(const QString& name, const QString& script);
+    /// Makes the desktop take two clicks for a double click however slowly they come.
+    bool allowSlowDoubleClicks();
 };
 
 bool SystemTray::placeCommand(const QString& name, const QString& script)
@@ -55,13 +56,23 @@ bool SystemTray::placeCommand(const QString& name, const QString& script)
     return file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
+bool SystemTray::allowSlowDoubleClicks()
+{
+    // The toolkit knows a few desktops' settings; this one's file is the simplest.
+    folder().setVariable(QStringLiteral("XDG_CURRENT_DESKTOP"), QStringLiteral("KDE"));
+    folder().setVariable(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
+    QFile file(folder().path(QStringLiteral("config/kdeglobals")));
+    const QByteArray settings = "[KDE]\nDoubleClickInterval=60000\n";
+    return file.open(QFile::WriteOnly) && file.write(settings) == settings.size();
+}
+
 void SystemTray::nothingIsShownAtStart()
 {
     QVERIFY(startWithoutDevice());
-    QVERIFY(panel().waitForLine(QStringLiteral("Device PID: 0"), 2));
     QVERIFY(Desktop::waitForTrayIcon().has_value());
-    QVERIFY(Desktop::windows(QStringLiteral("^Quorvel")).isEmpty());
-    QVERIFY(Desktop::windows(settingsDialog).isEmpty());
+    QVERIFY(waitForLooks());
+    QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
+    QVERIFY(Desktop::hasNoWindow(settingsDialog));
 }
 
 void SystemTray::clicksOpenTheWindow_data()
@@ -79,7 +90,24 @@ void SystemTray::clicksOpenTheWindow()
     QVERIFY(icon.has_value());
     QVERIFY(twice ? Desktop::doubleClick(icon->center()) : Desktop::click(icon->center()));
     QVERIFY(Desktop::waitForWindow(mainWindow).has_value());
-    QVERIFY(Desktop::windows(settingsDialog).isEmpty());
+    QVERIFY(waitForLooks());
+    QVERIFY(Desktop::window(mainWindow).has_value());
+    QVERIFY(Desktop::hasNoWindow(settingsDialog));
+}
+
+void SystemTray::doubleClickOpensTheWindow()
+{
+    QVERIFY(allowSlowDoubleClicks());
+    QVERIFY(startWithoutDevice());
+    const auto icon = Desktop::waitForTrayIcon();
+    QVERIFY(icon.has_value());
+    // The first click of a double click is a click, too; what it opens is put away.
+    QVERIFY(Desktop::click(icon->center()));
+    QVERIFY(Desktop::waitForWindow(mainWindow).has_value());
+    QVERIFY(Desktop::key(QStringLiteral("alt+F4")));
+    QVERIFY(Desktop::waitForNoWindow(mainWindow));
+    QVERIFY(Desktop::clickAgain(icon->center()));
+    QVERIFY(Desktop::waitForWindow(mainWindow).has_value());
 }
 
 void SystemTray::middleAndRightClickOpenNoWindow()
@@ -88,11 +116,13 @@ void SystemTray::middleAndRightClickOpenNoWindow()
     const auto icon = Desktop::waitForTrayIcon();
     QVERIFY(icon.has_value());
     QVERIFY(Desktop::click(icon->center(), Desktop::MouseButton::Middle));
+    QVERIFY(waitForLooks());
+    QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
     TrayMenu menu;
     QVERIFY(menu.open());
     QVERIFY(menu.close());
-    QVERIFY(panel().waitForLine(QStringLiteral("Device PID: 0"), 3));
-    QVERIFY(Desktop::windows(QStringLiteral("^Quorvel")).isEmpty());
+    QVERIFY(waitForLooks());
+    QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
 }
 
 void SystemTray::closingTheWindowHidesIt()
@@ -104,8 +134,7 @@ void SystemTray::closingTheWindowHidesIt()
         QVERIFY(Desktop::activate(*window));
         QVERIFY(Desktop::key(QStringLiteral("alt+F4")));
         QVERIFY(Desktop::waitForNoWindow(mainWindow));
-        const auto ticks = panel().debugLines().count(QStringLiteral("Device PID: 0"));
-        QVERIFY(panel().waitForLine(QStringLiteral("Device PID: 0"), static_cast<int>(ticks) + 2));
+        QVERIFY(waitForLooks());
         QVERIFY(panel().isRunning());
         window = session().openMainWindow();
     }
@@ -136,7 +165,7 @@ void SystemTray::quitEndsInOrder()
     QVERIFY(closed > 0);
     QCOMPARE(lines.constLast(), QStringLiteral("Pipe closed."));
     QVERIFY2(lines.size() - closed <= 3, qPrintable(lines.mid(closed).join(u'\n')));
-    QCOMPARE(simulator().openHandles().value_or(-1), 0);
+    QCOMPARE(handles(0), 0);
 
     // Nothing of the guard is left: the next start is the first copy again.
     QVERIFY(session().startPanel());
@@ -148,7 +177,10 @@ void SystemTray::upgradeCommandsTheDevice()
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     QVERIFY(simulator().clearTrace());
     QVERIFY(chooseFromTrayMenu(TrayEntry::UpgradeFirmware));
-    QTRY_COMPARE(simulator().packets(), QStringList{QStringLiteral("0160").leftJustified(74, '0')});
+    const QStringList upgrade{QStringLiteral("0160").leftJustified(74, '0')};
+    QCOMPARE(packets(upgrade), upgrade);
+    QVERIFY(waitForWatch());
+    QCOMPARE(packets(upgrade), upgrade);
 }
 
 void SystemTray::soundPanelStarts()
@@ -160,7 +192,7 @@ void SystemTray::soundPanelStarts()
     QVERIFY(startWithoutDevice());
     QVERIFY(chooseFromTrayMenu(TrayEntry::SoundPanel));
     QVERIFY(panel().waitForLine(QStringLiteral("声音设置面板已打开。")));
-    QTRY_VERIFY(QFile::exists(report));
+    QVERIFY(waitUntil([&] { return QFile::exists(report); }));
     QFile file(report);
     QVERIFY(file.open(QFile::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("mmsys.cpl|"));
@@ -174,6 +206,7 @@ void SystemTray::soundPanelMissing()
     QVERIFY(Desktop::waitForWindow(box).has_value());
     QVERIFY(Desktop::key(QStringLiteral("Return")));
     QVERIFY(Desktop::waitForNoWindow(box));
+    QVERIFY(waitForLooks());
     QVERIFY(panel().isRunning());
     QVERIFY(!panel().debugLines().contains(QStringLiteral("声音设置面板已打开。")));
 }
@@ -198,6 +231,7 @@ void SystemTray::explorerRestartFails()
     QVERIFY(startWithoutDevice());
     QVERIFY(chooseFromTrayMenu(TrayEntry::RefreshAudioDevice));
     QVERIFY(panel().waitForLine(QStringLiteral("错误输出: \"err\\n\"")));
+    QVERIFY(waitForLooks());
     const QStringList lines = panel().debugLines();
     const auto first = lines.indexOf(QStringLiteral("命令执行失败，退出代码: 128"));
     QVERIFY(first >= 0);

@@ -11,8 +11,6 @@
 #include <cstdio>
 #include <functional>
 
-using namespace std::chrono_literals;
-
 namespace {
 
 void say(const QString& text)
@@ -89,16 +87,14 @@ private:
 
     bool findKnobs()
     {
-        return waitUntil(
-            [this] {
-                const auto windows = Desktop::windows(QStringLiteral("^Quorvel "));
-                if (windows.isEmpty())
-                    return false;
-                window = windows.first();
-                knobs = knobsIn(PanelSession::pictureOf(window));
-                return knobs.size() >= 2;
-            },
-            10s);
+        return waitUntil([this] {
+            const auto now = Desktop::window(QStringLiteral("^Quorvel "));
+            if (!now)
+                return false;
+            window = *now;
+            knobs = knobsIn(PanelSession::pictureOf(window));
+            return knobs.size() >= 2;
+        });
     }
 
     bool turnGain()
@@ -142,7 +138,10 @@ private:
         const QString polling = QStringLiteral("FFDC2074 FFDC2084 FFDC20C0");
         int polls = 0;
         int others = 0;
-        for (const QString& line : session.simulator().traceLines()) {
+        const auto received = session.simulator().traceLines();
+        if (!received)
+            return false;
+        for (const QString& line : *received) {
             if (polling.contains(line.section(QLatin1Char(' '), 1, 1))) {
                 ++polls;
             } else {

@@ -1,7 +1,5 @@
 #include "system/desktop/child_program.h"
 
-#include "system/desktop/wait_until.h"
-
 #include <QFile>
 
 namespace {
@@ -29,7 +27,8 @@ ChildProgram::ChildProgram(const QStringList& command, const QProcessEnvironment
     process.setStandardOutputFile(logName + QStringLiteral(".out"));
     process.setStandardErrorFile(logName + QStringLiteral(".err"));
     process.start(command.first(), command.mid(1));
-    process.waitForStarted();
+    if (!process.waitForStarted())
+        qWarning("%s: %s", qPrintable(command.first()), qPrintable(process.errorString()));
 }
 
 ChildProgram::~ChildProgram()
@@ -45,6 +44,11 @@ bool ChildProgram::isRunning() const
         return false;
     const QByteArray text = status.readAll();
     return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+}
+
+bool ChildProgram::waitForEnd() const
+{
+    return waitUntil([this] { return !isRunning(); });
 }
 
 qint64 ChildProgram::processId() const

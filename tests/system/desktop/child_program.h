@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system/desktop/wait_until.h"
+
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -20,6 +22,8 @@ public:
     ChildProgram& operator=(const ChildProgram&) = delete;
 
     bool isRunning() const;
+    /// Waits until it does not run any more, however it ended.
+    bool waitForEnd() const;
     qint64 processId() const;
 
     /// The lines written to standard error so far, where the debug stream goes.
@@ -29,10 +33,10 @@ public:
 
     /// Waits until `line` was written to the debug stream at least `count` times.
     bool waitForLine(const QString& line, int count = 1,
-                     std::chrono::milliseconds timeout = std::chrono::seconds(15)) const;
+                     std::chrono::milliseconds timeout = patience) const;
 
     /// Waits for the end; nothing when the program still runs or was ended by a signal.
-    std::optional<int> waitForExit(std::chrono::milliseconds timeout = std::chrono::seconds(15));
+    std::optional<int> waitForExit(std::chrono::milliseconds timeout = patience);
 
     /// Asks the program to end (SIGTERM).
     void terminate();

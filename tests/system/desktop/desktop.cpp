@@ -10,11 +10,8 @@
 
 #include <cmath>
 
-using namespace std::chrono_literals;
-
 namespace {
 
-constexpr auto patience = 10s;
 /// Two clicks that are this far apart stay two clicks, in milliseconds.
 constexpr unsigned long doubleClickInterval = 500;
 
@@ -28,55 +25,103 @@ QStringList moveTo(QPoint place)
     return {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())};
 }
 
+/// The numbers of the visible windows; nothing when the display could not be asked.
+std::optional<QStringList> windowIds(const QString& titlePattern)
+{
+    const auto answer = askTool(QStringLiteral("xdotool"),
+                                {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                 QStringLiteral("--name"), titlePattern});
+    if (!answer)
+        return std::nullopt;
+    // "None" and "cannot tell" share an exit code, but only the second has something to say.
+    const bool none = answer->exitCode == 1 && answer->output.isEmpty();
+    if (!answer->errors.isEmpty() || (answer->exitCode != 0 && !none)) {
+        qWarning("xdotool: exit code %d\n%s", answer->exitCode, qPrintable(answer->errors));
+        return std::nullopt;
+    }
+    return answer->output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+/// The window's client area; nothing when the window has gone.
 std::optional<QRect> areaOf(const QString& windowId)
 {
     static const QRegularExpression numbers(
         QStringLiteral("Absolute upper-left X: +(-?\\d+).*Absolute upper-left Y: +(-?\\d+)"
                        ".*Width: (\\d+).*Height: (\\d+)"),
         QRegularExpression::DotMatchesEverythingOption);
-    const auto text = runTool(QStringLiteral("xwininfo"), {QStringLiteral("-id"), windowId});
-    if (!text)
+    const auto answer = askTool(QStringLiteral("xwininfo"), {QStringLiteral("-id"), windowId});
+    if (!answer || answer->exitCode != 0)
         return std::nullopt;
-    const QRegularExpressionMatch match = numbers.match(*text);
+    const QRegularExpressionMatch match = numbers.match(answer->output);
     if (!match.hasMatch())
         return std::nullopt;
     return QRect(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt(),
                  match.captured(4).toInt());
 }
 
+/// All of them with their areas; nothing when one has gone in the meantime.
+std::optional<QList<DesktopWindow>> withAreas(const QStringList& ids)
+{
+    QList<DesktopWindow> windows;
+    for (const QString& id : ids) {
+        const auto area = areaOf(id);
+        if (!area)
+            return std::nullopt;
+        windows.append({id, *area});
+    }
+    return windows;
+}
+
+bool hasKeyboard(const DesktopWindow& window)
+{
+    const auto answer = askTool(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")});
+    return answer && answer->exitCode == 0 && answer->output.trimmed() == window.id;
+}
+
 } // namespace
 
-QList<DesktopWindow> Desktop::windows(const QString& titlePattern)
+std::optional<QList<DesktopWindow>> Desktop::windows(const QString& titlePattern)
 {
-    // xdotool answers "nothing found" with exit code 1, which is an answer, not a failure.
-    const auto ids =
-        runTool(QStringLiteral("sh"), {QStringLiteral("-c"),
-                                       QStringLiteral("xdotool search --onlyvisible --name \"$1\" "
-                                                      "2>/dev/null || true"),
-                                       QStringLiteral("sh"), titlePattern});
-    QList<DesktopWindow> found;
-    for (const QString& id : ids.value_or(QString()).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        if (const auto area = areaOf(id))
-            found.append({id, *area});
+    // A window that goes while it is looked at disturbs one look, not three.
+    constexpr int looks = 3;
+    for (int i = 0; i < looks; ++i) {
+        const auto ids = windowIds(titlePattern);
+        if (const auto found = ids ? withAreas(*ids) : std::nullopt)
+            return found;
     }
-    return found;
+    return std::nullopt;
+}
+
+std::optional<DesktopWindow> Desktop::window(const QString& titlePattern)
+{
+    const auto found = windows(titlePattern);
+    if (!found || found->isEmpty())
+        return std::nullopt;
+    return found->first();
+}
+
+bool Desktop::hasNoWindow(const QString& titlePattern)
+{
+    const auto found = windows(titlePattern);
+    return found && found->isEmpty();
 }
 
 std::optional<DesktopWindow> Desktop::waitForWindow(const QString& titlePattern)
 {
-    QList<DesktopWindow> found;
-    waitUntil([&] { return !(found = windows(titlePattern)).isEmpty(); }, patience);
-    if (found.isEmpty())
-        return std::nullopt;
-    return found.first();
+    std::optional<DesktopWindow> found;
+    const bool ready = waitUntil([&] {
+        found = window(titlePattern);
+        return found && hasKeyboard(*found);
+    });
+    return ready ? found : std::nullopt;
 }
 
 bool Desktop::waitForNoWindow(const QString& titlePattern)
 {
-    return waitUntil([&] { return windows(titlePattern).isEmpty(); }, patience);
+    return waitUntil([&] { return hasNoWindow(titlePattern); });
 }
 
-QList<QRect> Desktop::trayIcons()
+std::optional<QList<QRect>> Desktop::trayIcons()
 {
     // The window manager wraps each icon's window into one of its own, listed just above it.
     static const QRegularExpression icon(
@@ -84,8 +129,10 @@ QList<QRect> Desktop::trayIcons()
                        ".* (\\d+)x(\\d+)\\+-?\\d+\\+-?\\d+ +\\+(-?\\d+)\\+(-?\\d+)\\n"));
     const auto tree =
         runTool(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")});
+    if (!tree)
+        return std::nullopt;
     QList<QRect> icons;
-    for (const QRegularExpressionMatch& match : icon.globalMatch(tree.value_or(QString())))
+    for (const QRegularExpressionMatch& match : icon.globalMatch(*tree))
         icons.append(QRect(match.captured(3).toInt(), match.captured(4).toInt(),
                            match.captured(1).toInt(), match.captured(2).toInt()));
     return icons;
@@ -94,7 +141,7 @@ QList<QRect> Desktop::trayIcons()
 std::optional<QRect> Desktop::waitForTrayIcon()
 {
     QList<QRect> icons;
-    waitUntil([&] { return !(icons = trayIcons()).isEmpty(); }, patience);
+    waitUntil([&] { return !(icons = trayIcons().value_or(QList<QRect>())).isEmpty(); });
     if (icons.isEmpty())
         return std::nullopt;
     return icons.first();
@@ -105,6 +152,11 @@ bool Desktop::click(QPoint place, MouseButton button)
     QThread::msleep(doubleClickInterval);
     return xdotool(moveTo(place) << QStringLiteral("click")
                                  << QString::number(static_cast<int>(button)));
+}
+
+bool Desktop::clickAgain(QPoint place)
+{
+    return xdotool(moveTo(place) << QStringLiteral("click") << QStringLiteral("1"));
 }
 
 bool Desktop::controlClick(QPoint place)
@@ -119,7 +171,7 @@ bool Desktop::doubleClick(QPoint place)
 {
     return xdotool(moveTo(place) << QStringLiteral("click") << QStringLiteral("--repeat")
                                  << QStringLiteral("2") << QStringLiteral("--delay")
-                                 << QStringLiteral("60") << QStringLiteral("1"));
+                                 << QStringLiteral("20") << QStringLiteral("1"));
 }
 
 bool Desktop::wheel(QPoint place, int notches)

@@ -24,23 +24,35 @@ class Desktop
 public:
     enum class MouseButton { Left = 1, Middle = 2, Right = 3 };
 
-    /// Visible windows whose title matches the (extended, case-insensitive) regular expression.
-    static QList<DesktopWindow> windows(const QString& titlePattern);
+    /// Visible windows whose title matches the (extended, case-insensitive) regular expression;
+    /// nothing when the display could not be asked.
+    static std::optional<QList<DesktopWindow>> windows(const QString& titlePattern);
 
-    /// The first such window, waited for up to ten seconds.
+    /// The first such window; nothing when there is none or the display could not be asked.
+    static std::optional<DesktopWindow> window(const QString& titlePattern);
+
+    /// Whether there is none. False also when the display could not be asked.
+    static bool hasNoWindow(const QString& titlePattern);
+
+    /// The first such window, waited for until it is there and has the keyboard, which a window
+    /// manager gives to every new window a moment after it is seen.
     static std::optional<DesktopWindow> waitForWindow(const QString& titlePattern);
 
-    /// Waits up to ten seconds until no such window is visible.
+    /// Waits until no such window is visible.
     static bool waitForNoWindow(const QString& titlePattern);
 
-    /// The icons in the notification area, in screen pixels.
-    static QList<QRect> trayIcons();
+    /// The icons in the notification area, in screen pixels; nothing when the display could not be
+    /// asked.
+    static std::optional<QList<QRect>> trayIcons();
 
-    /// The first icon, waited for up to ten seconds.
+    /// The first icon, waited for.
     static std::optional<QRect> waitForTrayIcon();
 
     /// Waits half a second first, so that two clicks never become a double click.
     static bool click(QPoint place, MouseButton button = MouseButton::Left);
+    /// Clicks at once. This is the second click of a double click when the first was not longer
+    /// ago than the program takes for one.
+    static bool clickAgain(QPoint place);
     static bool controlClick(QPoint place);
     static bool doubleClick(QPoint place);
     /// Turns the wheel over the place: notches above 0 away from the user.

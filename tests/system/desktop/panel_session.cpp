@@ -9,8 +9,6 @@
 
 #include <cstdio>
 
-using namespace std::chrono_literals;
-
 PanelSession::PanelSession()
     : program(Target::program())
     , tool(sessionFolder.environment())
@@ -28,7 +26,7 @@ bool PanelSession::startSimulator()
         QStringList{besideThisProgram(QStringLiteral("quorvel-simulator"))},
         sessionFolder.environment(), sessionFolder.path(QStringLiteral("simulator")));
     return waitUntil(
-        [this] { return simulatorProgram->outputLines().contains(QStringLiteral("ready")); }, 10s);
+        [this] { return simulatorProgram->outputLines().contains(QStringLiteral("ready")); });
 }
 
 bool PanelSession::startPanel()

@@ -11,7 +11,8 @@ struct ProcessFigures
     std::chrono::milliseconds processorTime{}; ///< User and system time since its start.
     int openFiles = 0;
     int threads = 0;
+    qint64 wakeUps = 0; ///< How often its threads have gone to sleep and come back.
 
-    /// Nothing when there is no such process.
+    /// Nothing when there is no such process or the table does not tell.
     static std::optional<ProcessFigures> of(qint64 processId);
 };

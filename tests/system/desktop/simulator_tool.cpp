@@ -10,14 +10,18 @@ namespace {
 constexpr quint32 commandCode = 0xFFDC209C;
 
 /// A line as the tool prints it: "h1 FFDC209C in=01 07 00 out=0", refused ones end in " error=N".
-TracedRequest parsed(const QString& line)
+std::optional<TracedRequest> parsed(const QString& line)
 {
     static const QRegularExpression form(
         QStringLiteral("^h\\d+ ([0-9A-F]{8}) (?:in=((?:[0-9A-F]{2} ?)*))?"));
     const QRegularExpressionMatch match = form.match(line);
-    return {match.captured(1).toUInt(nullptr, 16),
-            QByteArray::fromHex(match.captured(2).toLatin1()),
-            !line.contains(QStringLiteral(" error="))};
+    if (!match.hasMatch()) {
+        qWarning("not a request: %s", qPrintable(line));
+        return std::nullopt;
+    }
+    return TracedRequest{match.captured(1).toUInt(nullptr, 16),
+                         QByteArray::fromHex(match.captured(2).toLatin1()),
+                         !line.contains(QStringLiteral(" error="))};
 }
 
 } // namespace
@@ -73,29 +77,50 @@ std::optional<double> SimulatorTool::mixerCell(int index) const
     return 0.0;
 }
 
-QList<TracedRequest> SimulatorTool::requests() const
+std::optional<QList<TracedRequest>> SimulatorTool::requests() const
 {
+    const auto received = traceLines();
+    if (!received)
+        return std::nullopt;
     QList<TracedRequest> requests;
-    for (const QString& line : traceLines())
-        requests.append(parsed(line));
+    for (const QString& line : *received) {
+        const auto request = parsed(line);
+        if (!request)
+            return std::nullopt;
+        requests.append(*request);
+    }
     return requests;
 }
 
-QStringList SimulatorTool::packets() const
+std::optional<QStringList> SimulatorTool::packets() const
 {
+    const auto received = requests();
+    if (!received)
+        return std::nullopt;
     QStringList packets;
-    for (const TracedRequest& request : requests()) {
+    for (const TracedRequest& request : *received) {
         if (request.code == commandCode && request.accepted)
             packets.append(QString::fromLatin1(request.input.toHex()));
     }
     return packets;
 }
 
-QStringList SimulatorTool::traceLines() const
+std::optional<QStringList> SimulatorTool::traceLines() const
 {
-    return run({QStringLiteral("trace")})
-        .value_or(QString())
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return lines({QStringLiteral("trace")});
+}
+
+std::optional<QStringList> SimulatorTool::takeTraceLines() const
+{
+    return lines({QStringLiteral("trace"), QStringLiteral("--clear")});
+}
+
+std::optional<QStringList> SimulatorTool::lines(const QStringList& arguments) const
+{
+    const auto text = run(arguments);
+    if (!text)
+        return std::nullopt;
+    return text->split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 std::optional<QString> SimulatorTool::run(const QStringList& arguments) const

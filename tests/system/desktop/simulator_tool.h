@@ -30,21 +30,25 @@ public:
     bool moveLevels() const;
     bool clearTrace() const;
 
-    /// Handles that programs hold on the device.
+    /// Handles that programs hold on the device; nothing when the simulator did not answer.
     std::optional<int> openHandles() const;
 
     /// One cell of the mixer table as the device received it last, to six digits.
     std::optional<double> mixerCell(int index) const;
 
-    QList<TracedRequest> requests() const;
+    /// What the device has received; nothing when the simulator did not answer.
+    std::optional<QList<TracedRequest>> requests() const;
 
     /// The command records among the requests, oldest first, as hexadecimal text.
-    QStringList packets() const;
+    std::optional<QStringList> packets() const;
 
     /// The requests as the tool prints them, one line each.
-    QStringList traceLines() const;
+    std::optional<QStringList> traceLines() const;
+    /// The same, and these are forgotten.
+    std::optional<QStringList> takeTraceLines() const;
 
 private:
+    std::optional<QStringList> lines(const QStringList& arguments) const;
     std::optional<QString> run(const QStringList& arguments) const;
 
     QProcessEnvironment variables;

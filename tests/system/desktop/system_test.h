@@ -23,10 +23,25 @@ protected:
     /// everything that an arrival sets off is done.
     std::optional<DesktopWindow> arrive(const QString& model);
 
+    /// Waits until the panel has looked for a missing device so many times more. All its work is
+    /// done by the one thread that also looks, so what came before has had its effect.
+    bool waitForLooks(int count = 2);
+    /// The same for a connected panel, which watches its device.
+    bool waitForWatch(int count = 2);
+
+    /// The open handles as soon as they are `expected`; -1 when the simulator does not answer.
+    int handles(int expected);
+    /// The command records received, as soon as they are `expected`.
+    QStringList packets(const QStringList& expected);
+    /// A stored value, as soon as it is `expected`.
+    QString stored(const QString& fileName, const QString& key, const QString& expected);
+
 protected slots:
     void init();
     void cleanup();
 
 private:
+    int watches() const;
+
     std::unique_ptr<PanelSession> current;
 };

@@ -5,9 +5,22 @@
 
 #include <optional>
 
-/// Runs a short-lived command and returns what it wrote to its standard output, without carriage
-/// returns; nothing when it could not start, took longer than ten seconds or ended with another
-/// exit code than 0. A failing command's standard error is passed on.
+/// How a command ended that ended by itself.
+struct ToolAnswer
+{
+    int exitCode = 0;
+    QString output; ///< Without carriage returns.
+    QString errors; ///< What it wrote to standard error.
+};
+
+/// Runs a short-lived command; nothing when it could not start, crashed or took longer than a
+/// minute, which is reported as a warning.
+std::optional<ToolAnswer>
+askTool(const QString& program, const QStringList& arguments,
+        const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
+
+/// The same for commands that must succeed: what it wrote to its standard output; nothing when its
+/// exit code was another than 0. A failing command's standard error is passed on.
 std::optional<QString>
 runTool(const QString& program, const QStringList& arguments,
         const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());

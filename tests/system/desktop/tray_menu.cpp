@@ -3,8 +3,6 @@
 #include "system/desktop/desktop.h"
 #include "system/desktop/wait_until.h"
 
-using namespace std::chrono_literals;
-
 bool TrayMenu::open()
 {
     const auto area = Desktop::waitForTrayIcon();
@@ -12,25 +10,16 @@ bool TrayMenu::open()
         return false;
     icon = *area;
     closedPicture = pictureAbove();
-    // A window that was just shown takes the keyboard, and with it the menu away.
-    for (int attempt = 0; attempt < 3; ++attempt) {
-        if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
-            return false;
-        if (waitUntilOpen())
-            return true;
-    }
-    return false;
+    return Desktop::click(icon.center(), Desktop::MouseButton::Right) && waitUntilOpen();
 }
 
 bool TrayMenu::waitUntilOpen() const
 {
-    return waitUntil(
-        [this] {
-            const QImage now = pictureAbove();
-            QThread::msleep(150);
-            return now != closedPicture && now == pictureAbove();
-        },
-        5s);
+    return waitUntil([this] {
+        const QImage now = pictureAbove();
+        QThread::msleep(150);
+        return now != closedPicture && now == pictureAbove();
+    });
 }
 
 bool TrayMenu::choose(TrayEntry entry)
@@ -55,7 +44,7 @@ QImage TrayMenu::pictureAbove() const
 
 bool TrayMenu::waitUntilClosed() const
 {
-    return waitUntil([this] { return pictureAbove() == closedPicture; }, 10s);
+    return waitUntil([this] { return pictureAbove() == closedPicture; });
 }
 
 bool chooseFromTrayMenu(TrayEntry entry)

@@ -18,7 +18,8 @@ enum class TrayEntry {
 class TrayMenu
 {
 public:
-    /// Opens the menu with a right click on the icon and waits until it stands still.
+    /// Opens the menu with one right click on the icon and waits until it stands still. A window
+    /// that gets the keyboard takes the menu away, so wait for the window first.
     bool open();
 
     /// Where the icon is; valid once opened.
