@@ -186,6 +186,33 @@ class PrivateWindowsTest(CheckoutTest):
         self.assertTrue(os.path.exists(os.path.join(self.root, "windows/letter")))
 
 
+class ClangToolTest(CheckoutTest):
+    def look_for(self, *commands):
+        tools = os.path.join(self.folder, "bin")
+        os.makedirs(tools)
+        for name in ("bash", "basename", "dirname", "sed"):
+            os.symlink(shutil.which(name), os.path.join(tools, name))
+        for name, version in commands:
+            path = os.path.join(tools, name)
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(f"#!{tools}/bash\necho 'Debian clang-format version {version}'\n")
+            os.chmod(path, 0o755)
+        return self.run_script("clang_tool clang-format", "clang-tools", PATH=tools)
+
+    def test_the_version_that_counts_is_taken_before_others(self):
+        result = self.look_for(("clang-format", "19.1.7"), ("clang-format-14", "14.0.6"))
+        self.assertTrue(result.stdout.endswith("/clang-format-14\n"), result.stdout)
+
+    def test_its_plain_name_will_do(self):
+        result = self.look_for(("clang-format", "14.0.6"))
+        self.assertTrue(result.stdout.endswith("/clang-format\n"), result.stdout)
+
+    def test_another_version_or_none_is_refused(self):
+        result = self.look_for(("clang-format", "19.1.7"))
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("clang-format 14, and here is 19", result.stdout)
+
+
 class PackageTest(CheckoutTest):
     """./package up to the point where Qt for Windows is looked for."""
 

@@ -97,6 +97,10 @@ class ContainTest(unittest.TestCase):
         self.assertEqual(os.listdir(inner), [])
         os.rmdir(inner)
 
+    def test_folders_within_another_do_not_grow_in_length(self):
+        result = self.run_contained(CONTAIN, CONTAIN, "sh", "-c", 'echo "$TMPDIR"')
+        self.assertEqual(os.path.dirname(result.stdout.strip()), self.room.folder.name)
+
     def test_the_single_instance_marks_of_the_folder_are_removed(self):
         make = """
 import ctypes, os, sys

@@ -52,7 +52,7 @@ class Room:
         name, _, value = self.mark.partition("=")
         self.environment = {**os.environ, name: value, "TMPDIR": self.folder.name}
         # Those of a surrounding command mean that one.
-        for name in ("QUORVEL_FOLDER", "QUORVEL_CONTAINED"):
+        for name in ("QUORVEL_FOLDER", "QUORVEL_CONTAINED", "QUORVEL_TEMPORARY"):
             self.environment.pop(name, None)
         self.seen = set()
 
