@@ -46,7 +46,7 @@ constexpr std::uint8_t micChannel = 1;
 ka1::ka1(QWidget* parent)
     : Panel({.openFailed = "Failed to create device in ka1.",
              .outputChannels = {1, 2},
-             .settingsFile = QStringLiteral("/ka1.ini")},
+             .settingsFile = QStringLiteral("ka1.ini")},
             parent)
 {
     if (!link.openDevice())
@@ -63,7 +63,7 @@ ka1::ka1(QWidget* parent)
 void ka1::createControls()
 {
     micKnob = gainKnob(42, 0, this);
-    micMeter = readOut();
+    micMeter = readOut(tr("-160 dB"));
     instButton = button(tr("MIC"), micAccent);
     padButton = button(tr("20dB"), padAccent);
     phantomButton = button(tr("48V"), phantomAccent);
@@ -73,7 +73,7 @@ void ka1::createControls()
     headphoneMute = outputButton(tr("MUTE"), 10);
     headphoneDim = outputButton(tr("DIM"), 10);
     otgToHpKnob = phoneKnob(this);
-    otgHpMeter = readOut();
+    otgHpMeter = readOut(tr("-160 dB"));
 }
 
 void ka1::buildLayout()

@@ -71,7 +71,7 @@ constexpr SwitchTexts phantomTexts{"Mic 48V Button Clicked", StateText::word,
 ka2::ka2(QWidget* parent)
     : Panel({.openFailed = "Failed to create device in ka2.",
              .outputChannels = {1, 2, 5, 6},
-             .settingsFile = QStringLiteral("/ka2.ini"),
+             .settingsFile = QStringLiteral("ka2.ini"),
              .savedText = "控件状态已保存到配置文件"},
             parent)
 {

@@ -40,7 +40,7 @@ constexpr const char* ksCaptionStyle = " font-size: 12px; color: white;";
 ks::ks(QWidget* parent)
     : Panel({.openFailed = "Failed to create device in ks.",
              .outputChannels = {1, 2},
-             .settingsFile = QStringLiteral("/ks.ini")},
+             .settingsFile = QStringLiteral("ks.ini")},
             parent)
 {
     if (!link.openDevice())

@@ -1,9 +1,8 @@
 #include "panels/panel_link.h"
 
+#include "storage/settings_file.h"
+
 #include <QDebug>
-#include <QDir>
-#include <QStandardPaths>
-#include <QVariant>
 
 #include <algorithm>
 #include <utility>
@@ -11,6 +10,9 @@
 namespace {
 
 constexpr std::uint16_t startOutputVolume = 100;
+
+const QString onText = QStringLiteral("true");
+const QString offText = QStringLiteral("false");
 
 } // namespace
 
@@ -35,33 +37,44 @@ bool PanelLink::openDevice()
 
 void PanelLink::openSettings()
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    QDir().mkpath(folder);
-    settings = std::make_unique<QSettings>(folder + model.settingsFile, QSettings::IniFormat);
+    settings = &SettingsFile::open(model.settingsFile);
 }
 
 int PanelLink::storedNumber(const char* key, int missing) const
 {
     bool isNumber = false;
-    const int number = settings->value(QLatin1String(key), missing).toInt(&isNumber);
+    const int number = settings->text(key).toInt(&isNumber);
     return isNumber ? number : missing;
 }
 
 bool PanelLink::storedSwitch(const char* key) const
 {
-    const QString text = settings->value(QLatin1String(key), false).toString();
-    return text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || text.toInt() != 0;
+    const QString text = settings->text(key);
+    return text.compare(onText, Qt::CaseInsensitive) == 0 || text.toInt() != 0;
 }
 
-void PanelLink::store(const char* key, const QVariant& value)
+void PanelLink::store(const char* key, int value)
 {
-    settings->setValue(QLatin1String(key), value);
-    save();
+    settings->store(key, QString::number(value));
+    reportSaved();
+}
+
+void PanelLink::store(const char* key, bool value)
+{
+    settings->store(key, value ? onText : offText);
+    reportSaved();
 }
 
 void PanelLink::save()
 {
-    settings->sync();
+    if (settings == nullptr)
+        return;
+    settings->save();
+    reportSaved();
+}
+
+void PanelLink::reportSaved() const
+{
     if (*model.savedText != '\0')
         qDebug() << model.savedText;
 }

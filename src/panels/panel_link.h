@@ -4,12 +4,12 @@
 #include "driver/meter_block.h"
 #include "driver/mixer_table.h"
 
-#include <QSettings>
 #include <QString>
 
-#include <memory>
 #include <span>
 #include <vector>
+
+class SettingsFile;
 
 /// What tells one model's panel from another before it has any control.
 struct PanelModel
@@ -17,7 +17,7 @@ struct PanelModel
     const char* openFailed; ///< debug line when the device cannot be opened
     /// Output channels that get full volume at start. Only the verdict on the last one counts.
     std::vector<std::uint8_t> outputChannels;
-    QString settingsFile;       ///< with its leading slash, below the application data folder
+    QString settingsFile;       ///< its name in the application data folder
     const char* savedText = ""; ///< debug line after each save; empty: none
 };
 
@@ -30,16 +30,18 @@ public:
 
     /// Opens the device and sets its output volumes. On failure logs and returns false.
     bool openDevice();
-    /// Opens the INI file, creating its folder. Call it before the operations below it.
+    /// Opens the INI file, creating its folder. Call it before reading or storing a value.
     void openSettings();
 
-    /// The INI file's integer; `missing` when there is none or it is no number.
+    /// The INI file's integer; `missing` when there is none or its text is no `int`.
     int storedNumber(const char* key, int missing) const;
-    /// The INI file's boolean; false when there is none or it is no boolean, so that a damaged
-    /// file never switches phantom power on.
+    /// The INI file's boolean: "true", or an `int` other than 0. All else is false, so that a
+    /// damaged file never switches phantom power on.
     bool storedSwitch(const char* key) const;
-    /// Writes the value to the INI file at once.
-    void store(const char* key, const QVariant& value);
+    /// Write the value to the INI file at once.
+    void store(const char* key, int value);
+    void store(const char* key, bool value);
+    /// Makes the INI file current. Does nothing while none is open.
     void save();
 
     /// Puts a linear gain into cells of the mixer table and sends the table.
@@ -53,8 +55,10 @@ public:
     DriverDevice& device() { return driver; }
 
 private:
+    void reportSaved() const;
+
     PanelModel model;
     DriverDevice driver;
     MixerTable mixer{};
-    std::unique_ptr<QSettings> settings;
+    SettingsFile* settings = nullptr;
 };

@@ -39,9 +39,9 @@ QLabel* PanelWidgets::caption(const QString& text, const char* style)
     return label(text, style);
 }
 
-QLabel* PanelWidgets::readOut()
+QLabel* PanelWidgets::readOut(const QString& text)
 {
-    return label(QStringLiteral("-160 dB"), "color: #888888; font-size: 8px;");
+    return label(text, "color: #888888; font-size: 8px;");
 }
 
 void PanelWidgets::showLevel(QLabel* readOut, double dB)

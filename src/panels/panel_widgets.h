@@ -25,8 +25,8 @@ inline constexpr const char* outputAccent = "#00FFFF";
 /// The heading of a strip.
 QLabel* title(const QString& text);
 QLabel* caption(const QString& text, const char* style = captionStyle);
-/// A level read-out, at "-160 dB" until the first reading.
-QLabel* readOut();
+/// A level read-out, which shows `text` until the first reading.
+QLabel* readOut(const QString& text = QStringLiteral("-160 dB"));
 /// Shows a level in dB full scale with one decimal.
 void showLevel(QLabel* readOut, double dB);
 

@@ -4,15 +4,13 @@
 #include "asio/thread_settings_pip.h"
 #include "driver/driver_device.h"
 #include "settings/settings_choices.h"
+#include "storage/settings_file.h"
 
 #include <QComboBox>
 #include <QDebug>
-#include <QDir>
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
-#include <QSettings>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -28,7 +26,7 @@ Settings::Settings()
     qDebug() << "Settings dialog created.";
     setWindowTitle(QStringLiteral("Settings"));
     setStyleSheet(QStringLiteral("QDialog { background-color: #2c313c; color: white; }"));
-    openSettings();
+    settings = &SettingsFile::open(QStringLiteral("setting.ini"));
     buildLayout();
     startPipeThread();
     startUsbErrorTimer();
@@ -37,16 +35,8 @@ Settings::Settings()
 Settings::~Settings()
 {
     usbErrorTimer->stop();
-    delete settings;
     device.reset();
     qDebug() << "Settings dialog closed and resources cleaned up.";
-}
-
-void Settings::openSettings()
-{
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    QDir().mkpath(folder);
-    settings = new QSettings(folder + QStringLiteral("/setting.ini"), QSettings::IniFormat, this);
 }
 
 void Settings::buildLayout()
@@ -126,8 +116,7 @@ bool Settings::connectDevice()
 void Settings::loadSettings()
 {
     const auto load = [this](const char* key, const char* missing, QComboBox* combo) {
-        combo->setCurrentText(
-            settings->value(QLatin1String(key), QLatin1String(missing)).toString());
+        combo->setCurrentText(settings->text(key, QLatin1String(missing)));
     };
     load("USB/LatencySize", "8", latencyCombo);
     load("Audio/BufferSize", "192", bufferSizeCombo);
@@ -175,10 +164,4 @@ void Settings::notifyAsioReset()
 {
     hide();
     sendAsioReset();
-}
-
-void Settings::store(const char* key, const QString& text)
-{
-    settings->setValue(QLatin1String(key), text);
-    settings->sync();
 }

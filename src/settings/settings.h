@@ -10,9 +10,9 @@
 class DriverDevice;
 class QComboBox;
 class QLabel;
-class QSettings;
 class QTimer;
 class QVBoxLayout;
+class SettingsFile;
 
 /// The dialog for buffer size (samples), USB latency (frames), sample rate (Hz) and the USB slow
 /// mode, with the driver's USB error count. Every choice is applied to the driver and saved to
@@ -53,13 +53,11 @@ public slots:
 private:
     using TimedStep = void (Settings::*)();
 
-    void openSettings();
     void buildLayout();
     QComboBox* addChoice(const QString& label, const QStringList& items,
                          void (Settings::*apply)(int));
     void startPipeThread();
     void startUsbErrorTimer();
-    void store(const char* key, const QString& text);
 
     bool takeSampleRate(const QString& text);
     bool stop();
@@ -79,7 +77,7 @@ private:
     QComboBox* bufferSizeCombo = nullptr;
     QComboBox* sampleRateCombo = nullptr;
     QComboBox* slowModeCombo = nullptr;
-    QSettings* settings = nullptr;
+    SettingsFile* settings = nullptr;
     std::unique_ptr<DriverDevice> device;
     UsbStatus usbStatus;
     std::uint32_t sampleRate = 44100;

@@ -2,6 +2,7 @@
 #include "platform/win32.h"
 #include "settings/settings.h"
 #include "settings/settings_choices.h"
+#include "storage/settings_file.h"
 
 #include <QComboBox>
 #include <QDebug>
@@ -134,7 +135,7 @@ void Settings::onSampleRateChanged(int)
     if (!succeeded(device->initAudio(), "重新启动音频失败，可能是驱动未正确加载或设备未连接。"))
         return;
     startTimedStep(&Settings::otgOffThenOn);
-    store("Audio/SampleRate", text);
+    settings->store("Audio/SampleRate", text);
     qDebug() << "音频采样率设置已保存：" << text;
 }
 
@@ -155,7 +156,7 @@ void Settings::onUsbLatencyChanged(int)
         return;
     if (!restart())
         return;
-    store("USB/LatencySize", text);
+    settings->store("USB/LatencySize", text);
     qDebug() << "USB延迟大小设置已保存：" << text;
 }
 
@@ -183,7 +184,7 @@ void Settings::onBufferSizeChanged(int)
     if (!restart())
         return;
     qDebug() << "音频缓冲区大小设置成功：" << *samples << "samples";
-    store("Audio/BufferSize", text);
+    settings->store("Audio/BufferSize", text);
     qDebug() << "音频缓冲区大小设置已保存：" << text;
 }
 
@@ -217,6 +218,6 @@ void Settings::onSlowModeChanged(int)
         return;
     if (!restart())
         return;
-    store("USB/SlowMode", text);
+    settings->store("USB/SlowMode", text);
     qDebug() << "USB慢速模式设置已保存：" << text;
 }

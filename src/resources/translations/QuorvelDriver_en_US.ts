@@ -120,6 +120,10 @@
         <source>INST</source>
         <translation>INST</translation>
     </message>
+    <message>
+        <source>-160 dB</source>
+        <translation>-160 dB</translation>
+    </message>
 </context>
 <context>
     <name>ka2</name>

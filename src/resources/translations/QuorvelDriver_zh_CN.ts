@@ -120,6 +120,10 @@
         <source>INST</source>
         <translation>乐器</translation>
     </message>
+    <message>
+        <source>-160 dB</source>
+        <translation>-160 dB</translation>
+    </message>
 </context>
 <context>
     <name>ka2</name>

@@ -2,6 +2,7 @@
 
 #include "controls/button.h"
 #include "controls/knob.h"
+#include "support/settings_files.h"
 
 #include <QApplication>
 #include <QDir>
@@ -33,6 +34,7 @@ QList<QLabel*> readOutLabels(const QWidget& panel)
 void PanelFixture::plug(std::uint32_t productId)
 {
     panel.reset();
+    forgetSettingsFiles();
     // Made anew with each test: the test framework puts its own handler in place before the first.
     debugLog.reset();
     debugLog.emplace();

@@ -165,7 +165,7 @@ void PanelLayoutTest::translatedTexts_data()
 {
     QTest::addColumn<QStringList>("expected");
     QTest::newRow("ka1") << QStringList{"<INPUT>",
-                                        "-160 dB",
+                                        "<-160 dB>",
                                         "<Gain>",
                                         "<MIC>",
                                         "<20dB>",
@@ -175,7 +175,7 @@ void PanelLayoutTest::translatedTexts_data()
                                         "<Volume>",
                                         "<MUTE>",
                                         "<DIM>",
-                                        "-160 dB",
+                                        "<-160 dB>",
                                         "<Phone To HP Volume>"};
     const QStringList mic{"-160 dB", "<Gain>", "20dB", "48V", "<DIRECT>"};
     const QStringList output{"<Volume>", "MUTE", "DIM", "-160 dB"};
@@ -187,7 +187,7 @@ void PanelLayoutTest::translatedTexts_data()
                                        "HEADPHONE", "<Volume>", "MUTE",   "DIM"};
 }
 
-/// Units, MUTE and DIM mostly stay as they are in every language.
+/// Units, MUTE and DIM stay as they are in every language, but for the first model.
 void PanelLayoutTest::translatedTexts()
 {
     QFETCH(QStringList, expected);

@@ -1,6 +1,7 @@
 #include "settings_fixture.h"
 
 #include "support/background_lines.h"
+#include "support/settings_files.h"
 #include "support/trace_text.h"
 
 #include <QComboBox>
@@ -9,6 +10,7 @@
 void SettingsFixture::reset()
 {
     dialog.reset();
+    forgetSettingsFiles();
     // Made anew with each test: the test framework puts its own handler in place before the first.
     debugLog.reset();
     debugLog.emplace();

@@ -1,0 +1,130 @@
+#include "storage/settings_file.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QEvent>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int lockedInterval = 250;      // ms: whoever holds a lock saves within a moment
+constexpr int unwritableInterval = 1000; // ms
+
+} // namespace
+
+SettingsFile& SettingsFile::open(const QString& name)
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    QDir().mkpath(folder);
+    const QString path = folder + u'/' + name;
+    QObject* owner = QCoreApplication::instance();
+    auto* known = owner->findChild<SettingsFile*>(path, Qt::FindDirectChildrenOnly);
+    if (known == nullptr)
+        return *new SettingsFile(path, owner);
+    known->save();
+    return *known;
+}
+
+SettingsFile::SettingsFile(const QString& fullName, QObject* owner)
+    : QObject(owner)
+    , path(fullName)
+    , retry(this)
+{
+    setObjectName(path);
+    retry.setSingleShot(true);
+    connect(&retry, &QTimer::timeout, this, &SettingsFile::save);
+    removeLeftovers();
+    settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+}
+
+SettingsFile::~SettingsFile()
+{
+    if (!waiting.isEmpty() && lockIsFree())
+        write();
+}
+
+void SettingsFile::removeLeftovers() const
+{
+    // A file is saved beside itself under six random letters first, and a process that is killed
+    // leaves that. A small letter before a capital one tells such a name from a user's ".backup".
+    static const QRegularExpression randomLetters(
+        QStringLiteral("\\.(?=[A-Za-z]{6}$)[A-Za-z]*[a-z][A-Z][A-Za-z]*$"));
+    const QFileInfo file(path);
+    const QStringList names =
+        file.dir().entryList({file.fileName() + QStringLiteral(".??????")}, QDir::Files);
+    for (const QString& name : names.filter(randomLetters))
+        file.dir().remove(name);
+}
+
+QString SettingsFile::text(const char* key, const QString& missing) const
+{
+    const QLatin1String name(key);
+    const auto unsaved = waiting.constFind(name);
+    if (unsaved != waiting.cend())
+        return *unsaved;
+    const QVariant value = settings->value(name, missing);
+    return value.typeId() == QMetaType::QString ? value.toString() : QString();
+}
+
+void SettingsFile::store(const char* key, const QString& text)
+{
+    waiting.insert(QLatin1String(key), text);
+    save();
+}
+
+void SettingsFile::save()
+{
+    // Without a change the file is only read, which takes no lock.
+    if (waiting.isEmpty()) {
+        settings->sync();
+        return;
+    }
+    const bool lockFree = lockIsFree();
+    if (lockFree)
+        write();
+    if (waiting.isEmpty()) {
+        reported = false;
+        retry.stop();
+        return;
+    }
+    retry.start(lockFree ? unwritableInterval : lockedInterval);
+    if (!reported)
+        qDebug() << "Cannot save the settings yet:" << path;
+    reported = true;
+}
+
+/// QSettings waits without limit for its lock file, and for half a minute when a process that was
+/// killed has left an empty one. A lock is alive as long as its maker keeps it open, and one that
+/// is open cannot be removed.
+bool SettingsFile::lockIsFree() const
+{
+    const QString lock = path + QStringLiteral(".lock");
+    return !QFile::exists(lock) || QLockFile(lock).removeStaleLockFile() || QDir().rmdir(lock);
+}
+
+void SettingsFile::write()
+{
+    put();
+    // Damage that was found on the way hides how the saving went.
+    if (settings->status() == QSettings::FormatError)
+        put();
+    if (settings->status() == QSettings::NoError)
+        waiting.clear();
+}
+
+void SettingsFile::put()
+{
+    // A status never gets better again: an object without a past tells what comes of this time.
+    if (settings->status() != QSettings::NoError)
+        settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    for (auto value = waiting.cbegin(); value != waiting.cend(); ++value)
+        settings->setValue(value.key(), value.value());
+    settings->sync();
+    // What the event loop would do later has been done, and it might wait for a lock by then.
+    QCoreApplication::removePostedEvents(settings.get(), QEvent::UpdateRequest);
+}
