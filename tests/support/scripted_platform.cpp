@@ -2,7 +2,10 @@
 
 #include "platform/win32.h"
 
+#include <QCoreApplication>
+#include <QDebug>
 #include <QMap>
+#include <QThread>
 
 #include <algorithm>
 #include <stdexcept>
@@ -17,6 +20,14 @@ QMap<std::uint8_t, Reaction> opcodeReactions;
 QMap<std::uint8_t, QList<Reaction>> opcodeScripts;
 QMap<std::uint32_t, Reaction> codeReactions;
 QStringList requests;
+bool narrating = false;
+
+void note(const QString& request)
+{
+    requests.append(request);
+    if (narrating)
+        qDebug().noquote() << "request" << request;
+}
 
 void act(Reaction reaction)
 {
@@ -64,6 +75,12 @@ void ScriptedPlatform::reset()
     opcodeScripts.clear();
     codeReactions.clear();
     requests.clear();
+    narrating = false;
+}
+
+void ScriptedPlatform::narrate()
+{
+    narrating = true;
 }
 
 QStringList ScriptedPlatform::takeRequests()
@@ -86,7 +103,11 @@ DWORD GetLastError()
     return ERROR_INVALID_HANDLE;
 }
 
-void Sleep(DWORD) {}
+void Sleep(DWORD milliseconds)
+{
+    if (narrating && QThread::currentThread() == QCoreApplication::instance()->thread())
+        qDebug() << "wait" << milliseconds;
+}
 
 // There are no pipes.
 HANDLE CreateNamedPipeW(LPCWSTR, DWORD, DWORD, DWORD, DWORD, DWORD, DWORD, LPSECURITY_ATTRIBUTES)
@@ -139,11 +160,11 @@ BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID o
 {
     if (code == commandCode && inputSize > 1) {
         const std::uint8_t opcode = static_cast<const std::uint8_t*>(input)[1];
-        requests.append(QString::number(opcode, 16));
+        note(QString::number(opcode, 16));
         react(opcodeReactions, opcode);
         playScript(opcode);
     } else {
-        requests.append(QString::number(code, 16));
+        note(QString::number(code, 16));
     }
     react(codeReactions, code);
     std::fill_n(static_cast<char*>(output), outputSize, '\0');

@@ -6,7 +6,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTest>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -21,10 +23,14 @@ private slots:
     void choices_data();
     void choices();
     void order();
+    void below();
+    void statusTimer();
     void okHides();
     void connectDevice();
     void connectDeviceReplacesTheConnection();
     void loadWithoutFile();
+    void loadFillsInWhatIsMissing_data();
+    void loadFillsInWhatIsMissing();
     void loadOrder();
     void unknownTextsLeaveTheChoice();
     void damagedFile();
@@ -129,6 +135,36 @@ void SettingsDialogTest::order()
     QVERIFY(std::abs(ok.center().x() - fixture.dialog->rect().center().x()) <= 1);
 }
 
+/// What follows the four choices, with its spaces.
+void SettingsDialogTest::below()
+{
+    fixture.create();
+    QLayout* layout = fixture.dialog->layout();
+    QCOMPARE(layout->count(), 13);
+    QCOMPARE(layout->itemAt(8)->widget(), fixture.slowMode());
+    const QSpacerItem* gap = layout->itemAt(9)->spacerItem();
+    QVERIFY(gap != nullptr);
+    QCOMPARE(gap->sizeHint().height(), 20);
+    QCOMPARE(gap->expandingDirections(), Qt::Orientations());
+    QVERIFY(qobject_cast<QPushButton*>(layout->itemAt(10)->widget()) != nullptr);
+    QCOMPARE(layout->itemAt(10)->alignment(), Qt::AlignCenter);
+    const QSpacerItem* stretch = layout->itemAt(11)->spacerItem();
+    QVERIFY(stretch != nullptr);
+    QCOMPARE(stretch->sizeHint().height(), 0);
+    QCOMPARE(stretch->expandingDirections(), Qt::Orientations(Qt::Vertical));
+    QCOMPARE(layout->itemAt(12)->widget(), fixture.label("USB Error"));
+}
+
+void SettingsDialogTest::statusTimer()
+{
+    fixture.create();
+    const auto timers = fixture.dialog->findChildren<QTimer*>();
+    QCOMPARE(timers.size(), 1);
+    QCOMPARE(timers.constFirst()->interval(), 1000);
+    QVERIFY(timers.constFirst()->isActive());
+    QVERIFY(!timers.constFirst()->isSingleShot());
+}
+
 void SettingsDialogTest::okHides()
 {
     fixture.create();
@@ -167,6 +203,38 @@ void SettingsDialogTest::loadWithoutFile()
     QCOMPARE(fixture.slowMode()->currentText(), QString("Disabled"));
     QCOMPARE(fixture.sampleRate()->currentText(), QString("44100"));
     QCOMPARE(fixture.takeLog().constLast(), QString("已从配置文件加载控件状态"));
+}
+
+void SettingsDialogTest::loadFillsInWhatIsMissing_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("Audio/BufferSize") << 0 << "1024"
+                                      << "192";
+    QTest::newRow("USB/LatencySize") << 1 << "32"
+                                     << "8";
+    QTest::newRow("Audio/SampleRate") << 2 << "48000"
+                                      << "44100";
+    QTest::newRow("USB/SlowMode") << 3 << "Enabled"
+                                  << "Disabled";
+}
+
+/// A missing key counts as the default even when the dialog shows another choice.
+void SettingsDialogTest::loadFillsInWhatIsMissing()
+{
+    QFETCH(const int, index);
+    QFETCH(const QString, shown);
+    QFETCH(const QString, text);
+    fixture.connect(44100, 192, 8);
+    QComboBox* combo = fixture.dialog->findChildren<QComboBox*>().value(index);
+    {
+        const QSignalBlocker blocker(combo);
+        combo->setCurrentText(shown);
+    }
+    QCOMPARE(combo->currentText(), shown);
+    fixture.dialog->loadSettings();
+    QCOMPARE(combo->currentText(), text);
 }
 
 void SettingsDialogTest::loadOrder()

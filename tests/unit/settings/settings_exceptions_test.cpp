@@ -13,7 +13,8 @@
 
 using ScriptedPlatform::Reaction;
 
-/// The phone input chip fails only by an exception.
+/// The phone input chip, which fails only by an exception, and how requests, waits and debug lines
+/// follow each other.
 class SettingsExceptionsTest : public QObject
 {
     Q_OBJECT
@@ -24,6 +25,11 @@ private slots:
     void afterRateChange();
     void afterRefresh_data();
     void afterRefresh();
+    void orderOfARateChange();
+    void orderOfARefresh();
+    void orderOfALatencyChange();
+    void orderOfABufferChange();
+    void orderOfASlowModeChange();
 
 private:
     StreamCapture<wchar_t> output{std::wcout};
@@ -95,6 +101,80 @@ void SettingsExceptionsTest::afterRefresh()
     QTest::qWait(600);
     QCOMPARE(withoutBackground(log.take()), QStringList{text});
     QCOMPARE(ScriptedPlatform::takeRequests().join(u' '), called);
+}
+
+void SettingsExceptionsTest::orderOfARateChange()
+{
+    Settings dialog;
+    QVERIFY(dialog.connectDevice());
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.findChildren<QComboBox*>().value(2)->setCurrentText("48000");
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{"request ffdc2078", "wait 100", "设置音频采样率为： \"48000\"",
+                          "request ffdc2038", "request ffdc2088", "wait 100", "request ffdc207c",
+                          "音频采样率设置已保存： \"48000\""}));
+    QTest::qWait(600);
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{"request 5e", "request 5f", "设置采样频率完成"}));
+}
+
+void SettingsExceptionsTest::orderOfARefresh()
+{
+    Settings dialog;
+    QVERIFY(dialog.connectDevice());
+    dialog.loadSettings();
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.refreshFromDevice();
+    QCOMPARE(
+        withoutBackground(log.take()),
+        (QStringList{"已从配置文件加载控件状态", "加载控件状态完成", "request ffdc2020",
+                     "当前音频采样率为： 0", "request ffdc2078", "停止音频成功，开始加载控件状态",
+                     "wait 100", "request ffdc2038", "request ffdc2088"}));
+    QTest::qWait(600);
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{"request 5e", "request 5f", "request ffdc207c", "设置初始化完成"}));
+}
+
+void SettingsExceptionsTest::orderOfALatencyChange()
+{
+    Settings dialog;
+    QVERIFY(dialog.connectDevice());
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.findChildren<QComboBox*>().value(1)->setCurrentText("32");
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{"设置USB延迟大小为： 32 Frame", "request ffdc204c", "当前USB延迟大小： 0",
+                          "request ffdc2078", "request ffdc2050", "request ffdc2080",
+                          "USB延迟大小设置已保存： \"32\""}));
+}
+
+void SettingsExceptionsTest::orderOfABufferChange()
+{
+    Settings dialog;
+    QVERIFY(dialog.connectDevice());
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.findChildren<QComboBox*>().value(0)->setCurrentText("64");
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{
+                 "设置音频缓冲区大小为： 64 samples", "request ffdc2048", "Buffer size: 0",
+                 "当前音频缓冲区大小： 0", "设置USB延迟大小为： 8 Frame", "request ffdc204c",
+                 "当前USB延迟大小： 0", "request ffdc2078", "request ffdc2044", "request ffdc2080",
+                 "音频缓冲区大小设置成功： 64 samples", "音频缓冲区大小设置已保存： \"64\""}));
+}
+
+void SettingsExceptionsTest::orderOfASlowModeChange()
+{
+    Settings dialog;
+    QVERIFY(dialog.connectDevice());
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.findChildren<QComboBox*>().value(3)->setCurrentText("Enabled");
+    QCOMPARE(withoutBackground(log.take()),
+             (QStringList{"request ffdc2078", "request ffdc2090", "request ffdc2080",
+                          "USB慢速模式设置已保存： \"Enabled\""}));
 }
 
 QUORVEL_TEST_MAIN(SettingsExceptionsTest)

@@ -2,6 +2,7 @@
 #include "support/test_main.h"
 
 #include <QComboBox>
+#include <QSignalBlocker>
 #include <QTest>
 
 #include <functional>
@@ -19,6 +20,10 @@ private slots:
     void init();
     void steps_data();
     void steps();
+    void nestedLatency_data();
+    void nestedLatency();
+    void unknownChoices_data();
+    void unknownChoices();
 
 private:
     SettingsFixture fixture;
@@ -71,6 +76,13 @@ void SettingsFailuresTest::steps_data()
     const Change slow = [](SettingsFixture& f) { f.slowMode()->setCurrentText("Enabled"); };
     row("slow mode: stop", slow, 0x2078, 0, "2078", "停止音频失败");
     row("slow mode: enable", slow, 0x2090, 0, "2078 2090", "设置USB慢速模式失败");
+    const Change fast = [](SettingsFixture& f) {
+        const QSignalBlocker blocker(f.slowMode());
+        f.slowMode()->setCurrentText("Enabled");
+        f.slowMode()->blockSignals(false);
+        f.slowMode()->setCurrentText("Disabled");
+    };
+    row("slow mode: disable", fast, 0x2094, 0, "2078 2094", "设置USB慢速模式失败");
     row("slow mode: start", slow, 0x2080, 0, "2078 2090 2080", "重新启动音频失败");
 
     const Change rate = [](SettingsFixture& f) { f.sampleRate()->setCurrentText("48000"); };
@@ -105,6 +117,70 @@ void SettingsFailuresTest::steps()
     QTest::qWait(500);
     QCOMPARE(codes(fixture.takeTrace()).join(u' '), called);
     QCOMPARE(fixture.takeLog().constLast(), text + cause);
+    QVERIFY(IniFile::read("setting.ini").isEmpty());
+}
+
+void SettingsFailuresTest::nestedLatency_data()
+{
+    QTest::addColumn<int>("failingCode");
+    QTest::addColumn<QString>("called");
+    QTest::addColumn<QString>("text");
+    const auto row = [](const char* name, int code, const char* called, const char* text) {
+        QTest::newRow(name) << code << QString::fromLatin1(called) << QString::fromUtf8(text);
+    };
+    row("stop", 0x2078, "2048 204C 204C 2078 2078 2044 2080", "停止音频失败");
+    row("set", 0x2050, "2048 204C 204C 2078 2050 2078 2044 2080", "设置USB延迟大小失败");
+    row("start", 0x2080, "2048 204C 204C 2078 2050 2080 2078 2044 2080", "重新启动音频失败");
+}
+
+/// The latency that a small buffer needs is a change of its own: its failure does not keep the
+/// buffer from being set and saved.
+void SettingsFailuresTest::nestedLatency()
+{
+    QFETCH(int, failingCode);
+    QFETCH(QString, called);
+    QFETCH(QString, text);
+    fixture.connect(44100, 192, 24);
+    {
+        const QSignalBlocker blocker(fixture.latency());
+        fixture.latency()->setCurrentText("24");
+    }
+    fixture.simulated.control().fail(0xFFDC0000U | static_cast<std::uint32_t>(failingCode), 1, 31);
+    fixture.bufferSize()->setCurrentText("64");
+    QCOMPARE(codes(fixture.takeTrace()).join(u' '), called);
+    const QStringList log = fixture.takeLog();
+    QCOMPARE(log.count(text + cause), 1);
+    QCOMPARE(log.constLast(), QString("音频缓冲区大小设置已保存： \"64\""));
+    QCOMPARE(fixture.latency()->currentText(), QString("8"));
+    QCOMPARE(IniFile::read("setting.ini"), (QMap<QString, QString>{{"Audio/BufferSize", "64"}}));
+}
+
+void SettingsFailuresTest::unknownChoices_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("called");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("buffer") << 0 << ""
+                            << "未知的音频缓冲区大小选项： \"odd\"";
+    QTest::newRow("rate") << 2 << "2078"
+                          << "未知的音频采样率选项： \"odd\"";
+    QTest::newRow("slow mode") << 3 << "2078"
+                               << "未知的USB慢速模式选项： \"odd\"";
+}
+
+/// The dialog has no such choices: a text beyond them ends the sequence all the same.
+void SettingsFailuresTest::unknownChoices()
+{
+    QFETCH(int, index);
+    QFETCH(QString, called);
+    QFETCH(QString, line);
+    fixture.connect(44100, 192, 8);
+    auto* combo = fixture.dialog->findChildren<QComboBox*>().value(index);
+    combo->addItem("odd");
+    combo->setCurrentText("odd");
+    QTest::qWait(500);
+    QCOMPARE(codes(fixture.takeTrace()).join(u' '), called);
+    QCOMPARE(fixture.takeLog(), QStringList{line});
     QVERIFY(IniFile::read("setting.ini").isEmpty());
 }
 

@@ -1,10 +1,12 @@
 #include "settings_fixture.h"
+#include "storage/settings_file.h"
 #include "support/background_lines.h"
 #include "support/test_main.h"
 #include "support/trace_text.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QSignalBlocker>
 #include <QTest>
 #include <QTimer>
 
@@ -46,6 +48,9 @@ private slots:
     void sampleRateTwiceInterleaves();
     void refresh();
     void refreshAppliesChangesFirst();
+    void refreshWithAnUnknownSampleRate();
+    void timedSteps();
+    void waits();
     void timersAreDeleted();
     void closedDeviceFailsSoftly();
 
@@ -231,6 +236,77 @@ void SettingsSequencesTest::refreshAppliesChangesFirst()
     QCOMPARE(fixture.takeLog().mid(0, 3),
              (QStringList{"USB慢速模式设置已保存： \"Enabled\"", "已从配置文件加载控件状态",
                           "加载控件状态完成"}));
+}
+
+void SettingsSequencesTest::refreshWithAnUnknownSampleRate()
+{
+    fixture.connect(48000, 192, 8);
+    {
+        const QSignalBlocker blocker(fixture.sampleRate());
+        fixture.sampleRate()->addItem("odd");
+        fixture.sampleRate()->setCurrentText("odd");
+    }
+    IniFile::write("setting.ini", {{"Audio/SampleRate", "other"}, {"Audio/BufferSize", "48"}});
+    SettingsFile::open("setting.ini");
+    fixture.dialog->refreshFromDevice();
+    QCOMPARE(fixture.takeTrace(), QStringList{request(1, readSampleRate, 4)});
+    QCOMPARE(fixture.takeLog(),
+             (QStringList{"已从配置文件加载控件状态", "加载控件状态完成",
+                          "当前音频采样率为： 48000", "未知的音频采样率选项： \"odd\""}));
+}
+
+/// The timed steps' timers: one at a time for each chain, 200 ms each.
+void SettingsSequencesTest::timedSteps()
+{
+    const auto steps = [this] {
+        QList<int> intervals;
+        for (const auto* timer : fixture.dialog->findChildren<const QTimer*>()) {
+            if (timer->isSingleShot() && timer->isActive())
+                intervals.append(timer->interval());
+        }
+        return intervals;
+    };
+    for (const bool afterRefresh : {true, false}) {
+        fixture.reset();
+        fixture.connect(44100, 192, 8);
+        QCOMPARE(steps(), QList<int>());
+        if (afterRefresh)
+            fixture.dialog->refreshFromDevice();
+        else
+            fixture.sampleRate()->setCurrentText("48000");
+        QCOMPARE(steps(), QList<int>{200});
+        fixture.takeTrace();
+        QStringList trace;
+        QTRY_VERIFY(!(trace += fixture.takeTrace()).isEmpty());
+        QCOMPARE(trace, QStringList{command(1, "01 5E")});
+        QCOMPARE(steps(), QList<int>{200});
+        QTRY_VERIFY((trace += fixture.takeTrace()).contains(command(1, "01 5F")));
+        QCOMPARE(steps(), QList<int>());
+    }
+}
+
+/// The engine has a tenth of a second between its stop and the new rate, and again before it is
+/// initialised.
+void SettingsSequencesTest::waits()
+{
+    const auto gaps = [this] {
+        QStringList found;
+        std::uint32_t before = 0;
+        for (const SimulatedRequest& each : fixture.simulated.control().takeTrace()) {
+            if (before != 0 && each.timeMs - before >= 99)
+                found.append(QString::number(each.code & 0xFFFFU, 16));
+            before = each.timeMs;
+        }
+        return found.join(u' ');
+    };
+    fixture.connect(44100, 192, 8);
+    fixture.sampleRate()->setCurrentText("48000");
+    QCOMPARE(gaps(), QString("2038 207c"));
+    fixture.connect(48000, 192, 8);
+    fixture.dialog->loadSettings();
+    fixture.simulated.control().clearTrace();
+    fixture.dialog->refreshFromDevice();
+    QCOMPARE(gaps(), QString("2038"));
 }
 
 void SettingsSequencesTest::timersAreDeleted()
