@@ -27,6 +27,8 @@ private slots:
     void instrumentKeepsItsCaption();
     void switches_data();
     void switches();
+    void order_data();
+    void order();
 
 private:
     StreamCapture<wchar_t> output{std::wcout};
@@ -162,6 +164,65 @@ void PanelExceptionsTest::switches()
     panel->findChild<Button*>(QTest::currentDataTag())->setOn(true);
     QCOMPARE(log.take(), lines);
     QCOMPARE(IniFile::read(model + ".ini").value(QTest::currentDataTag()), QString("true"));
+}
+
+void PanelExceptionsTest::order_data()
+{
+    QTest::addColumn<QString>("model");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QStringList>("lines");
+    const auto row = [](const char* model, const char* key, const QStringList& lines) {
+        QTest::addRow("%s %s", model, key) << model << key << lines;
+    };
+    const QString table = "request ffdc2040";
+    const QString pad = "Mic 20dB Button Clicked";
+    const QString phantom = "Mic 48V Button Clicked";
+    const char* padDone = "Mic 20dB switched for channel 1.";
+    const char* phantomDone = "Mic 48V switched for channel 1.";
+    row("ka1", "Button/MicInstrIsChecked",
+        {"Mic Instr Button Clicked", "request 64", "Mic instruction switched for channel 1."});
+    row("ka1", "Button/Mic20dBIsChecked", {pad, "request 5a", padDone});
+    row("ka1", "Button/Mic48VIsChecked", {phantom, "request 5b", phantomDone});
+    row("ka1", "Button/MonitorMicIsChecked", {table, "Monitor Mic set to: 1"});
+    row("ka1", "Button/HeadphoneMuteIsChecked",
+        {"Headphone Mute Button Clicked: Mute ON", table, "Headphone volume set to: 0"});
+    row("ka1", "Button/HeadphoneDimIsChecked",
+        {"Headphone Dim Button Clicked: Dim ON", table, "Headphone volume set to: 0"});
+    for (const char* mic : {"1", "2"}) {
+        const QByteArray key = QByteArray("Button/Mic") + mic;
+        row("ka2", key + "20dBIsChecked", {pad + " true", "request 5a", padDone, saved});
+        row("ka2", key + "48VIsChecked", {phantom + " true", "request 5b", phantomDone, saved});
+        row("ka2", QByteArray("Button/MonitorMic") + mic + "IsChecked",
+            {table, "Monitor Mic set to: true", saved});
+    }
+    const auto changed = [&](const QString& name, int argument, int level) {
+        return QStringList{QStringLiteral("%1 Knob value changed: %2").arg(name).arg(argument),
+                           table, QStringLiteral("%1 volume set to: %2").arg(name).arg(level),
+                           saved};
+    };
+    row("ka2", "Button/SpeakerMuteIsChecked",
+        changed("Speaker", -80, -80) + QStringList{"Speaker Mute Button Clicked: Mute ON", saved});
+    row("ka2", "Button/SpeakerDimIsChecked", changed("Speaker", -80, -100) + QStringList{saved});
+    row("ka2", "Button/HeadphoneMuteIsChecked",
+        changed("Headphone", -80, -80) + QStringList{saved});
+    row("ka2", "Button/HeadphoneDimIsChecked",
+        changed("Headphone", -80, -100) + QStringList{saved});
+    row("ks", "Button/MonitorMicIsChecked", {table, "Monitor Mic set to: true"});
+    row("ks", "Button/HeadphoneMuteIsChecked", {table, "Headphone Mute Button Clicked: Mute ON"});
+    row("ks", "Button/HeadphoneDimIsChecked", {table, "Headphone Dim Button Clicked: Dim ON"});
+}
+
+/// What is logged before the device is asked, and what after it.
+void PanelExceptionsTest::order()
+{
+    QFETCH(QString, model);
+    QFETCH(QString, key);
+    QFETCH(QStringList, lines);
+    const auto panel = PanelModels::make(model);
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    panel->findChild<Button*>(key)->setOn(true);
+    QCOMPARE(log.take(), lines);
 }
 
 QUORVEL_TEST_MAIN(PanelExceptionsTest)

@@ -4,6 +4,7 @@
 
 #include <QLabel>
 #include <QTest>
+#include <QTimer>
 
 #include <limits>
 
@@ -25,6 +26,10 @@ private slots:
     void failureBeforeTheFirstReading_data() { addModelRows(); }
     void failureBeforeTheFirstReading();
     void pace();
+    void timer_data() { addModelRows(); }
+    void timer();
+    void timerRunsDuringTheRestoring_data() { addModelRows(); }
+    void timerRunsDuringTheRestoring();
 
 private:
     PanelFixture fixture;
@@ -144,6 +149,31 @@ void PanelMetersTest::pace()
         fixture.simulated.takeTrace().count(TraceText::request(1, 0xFFDC2074, 768));
     // Three; a busy machine may shift one across the edge.
     QVERIFY2(reads >= 2 && reads <= 4, qPrintable(QString::number(reads)));
+}
+
+void PanelMetersTest::timer()
+{
+    QFETCH(const std::uint32_t, productId);
+    fixture.plug(productId);
+    fixture.start(QString(QTest::currentDataTag()));
+    const auto timers = fixture.panel->findChildren<QTimer*>();
+    QCOMPARE(timers.size(), 1);
+    QCOMPARE(timers.constFirst()->interval(), 500);
+    QVERIFY(timers.constFirst()->isActive());
+    QVERIFY(!timers.constFirst()->isSingleShot());
+}
+
+/// The clock of the read-outs runs while the saved state goes to the device: after a long restoring
+/// the first reading is due at once.
+void PanelMetersTest::timerRunsDuringTheRestoring()
+{
+    QFETCH(const std::uint32_t, productId);
+    fixture.plug(productId);
+    fixture.simulated.control().delay(0xFFDC2040, 1, 600);
+    fixture.start(QString(QTest::currentDataTag()));
+    const auto timers = fixture.panel->findChildren<QTimer*>();
+    QCOMPARE(timers.size(), 1);
+    QVERIFY(timers.constFirst()->remainingTime() <= 0);
 }
 
 QUORVEL_TEST_MAIN(PanelMetersTest)
