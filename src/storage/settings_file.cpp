@@ -36,7 +36,6 @@ SettingsFile::SettingsFile(const QString& fullName, QObject* owner)
     , retry(this)
 {
     setObjectName(path);
-    retry.setSingleShot(true);
     connect(&retry, &QTimer::timeout, this, &SettingsFile::save);
     removeLeftovers();
     settings = std::make_unique<QSettings>(path, QSettings::IniFormat);

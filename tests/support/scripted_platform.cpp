@@ -22,6 +22,11 @@ QMap<std::uint32_t, Reaction> codeReactions;
 QStringList requests;
 bool narrating = false;
 
+bool onMainThread()
+{
+    return QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
 void note(const QString& request)
 {
     requests.append(request);
@@ -95,6 +100,8 @@ HANDLE CreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, H
 
 BOOL CloseHandle(HANDLE)
 {
+    if (narrating && onMainThread())
+        qDebug() << "close";
     return 1;
 }
 
@@ -105,7 +112,7 @@ DWORD GetLastError()
 
 void Sleep(DWORD milliseconds)
 {
-    if (narrating && QThread::currentThread() == QCoreApplication::instance()->thread())
+    if (narrating && onMainThread())
         qDebug() << "wait" << milliseconds;
 }
 

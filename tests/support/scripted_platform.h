@@ -23,8 +23,9 @@ void reset();
 /// The opcodes (command codes) and control codes of the requests since the last call, in hex.
 QStringList takeRequests();
 
-/// From now to reset() each request and each wait on the main thread is written to the debug
-/// stream ("request 5a", "wait 100"), so that they stand among the product's own lines.
+/// From now to reset() each request, and each wait and each closed handle on the main thread, is
+/// written to the debug stream ("request 5a", "wait 100", "close"), so that they stand among the
+/// product's own lines.
 void narrate();
 
 } // namespace ScriptedPlatform

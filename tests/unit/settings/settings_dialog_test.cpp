@@ -62,6 +62,7 @@ void SettingsDialogTest::construction()
     QCOMPARE(dialog.windowTitle(), QString("Settings"));
     QVERIFY(dialog.parentWidget() == nullptr);
     QVERIFY(!dialog.isVisible());
+    QVERIFY(!dialog.windowIcon().pixmap(16).isNull());
     QVERIFY(!dialog.reinitPending);
     QVERIFY(fixture.simulated.takeTrace().isEmpty());
 }
@@ -148,6 +149,7 @@ void SettingsDialogTest::below()
     QCOMPARE(gap->expandingDirections(), Qt::Orientations());
     QVERIFY(qobject_cast<QPushButton*>(layout->itemAt(10)->widget()) != nullptr);
     QCOMPARE(layout->itemAt(10)->alignment(), Qt::AlignCenter);
+    QCOMPARE(qobject_cast<QVBoxLayout*>(layout)->stretch(10), 0);
     const QSpacerItem* stretch = layout->itemAt(11)->spacerItem();
     QVERIFY(stretch != nullptr);
     QCOMPARE(stretch->sizeHint().height(), 0);

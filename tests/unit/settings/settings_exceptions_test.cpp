@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <iostream>
+#include <memory>
 
 using ScriptedPlatform::Reaction;
 
@@ -30,6 +31,7 @@ private slots:
     void orderOfALatencyChange();
     void orderOfABufferChange();
     void orderOfASlowModeChange();
+    void orderOfTheEnd();
 
 private:
     StreamCapture<wchar_t> output{std::wcout};
@@ -175,6 +177,18 @@ void SettingsExceptionsTest::orderOfASlowModeChange()
     QCOMPARE(withoutBackground(log.take()),
              (QStringList{"request ffdc2078", "request ffdc2090", "request ffdc2080",
                           "USB慢速模式设置已保存： \"Enabled\""}));
+}
+
+/// The device is let go before the dialog says so.
+void SettingsExceptionsTest::orderOfTheEnd()
+{
+    auto dialog = std::make_unique<Settings>();
+    QVERIFY(dialog->connectDevice());
+    ScriptedPlatform::narrate();
+    DebugLog log;
+    dialog.reset();
+    QCOMPARE(withoutBackground(log.take()).mid(0, 2),
+             (QStringList{"close", "Settings dialog closed and resources cleaned up."}));
 }
 
 QUORVEL_TEST_MAIN(SettingsExceptionsTest)
