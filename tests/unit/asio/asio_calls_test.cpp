@@ -14,6 +14,10 @@ namespace {
 const QString resetOpen =
     QStringLiteral(R"(CreateFileW \\.\pipe\QuorvelPannelToASIO C0000000 0 null 3 0 null)");
 const QString opened = QStringLiteral("Pipe opened successfully.");
+/// While it writes, its thread can be freed from the wait.
+const QString threadOpen = QStringLiteral("OpenThread 1 0 self");
+const QString write = QStringLiteral("WriteFile 4 31 null");
+const QString threadClosed = QStringLiteral("CloseHandle 8");
 const QString sent = QStringLiteral("ASIO reset signal sent successfully.");
 const QString lastLine = QStringLiteral("设置通知ASIO逻辑");
 const QString pipeCreation =
@@ -36,6 +40,7 @@ private slots:
     void cleanup();
 
     void reset();
+    void resetWithoutThreadHandle();
     void resetRefused();
     void resetNotWritten();
     void endpoint();
@@ -61,8 +66,19 @@ void AsioCallsTest::cleanup()
 void AsioCallsTest::reset()
 {
     sendAsioReset();
-    QCOMPARE(RecordedPlatform::takeCalls(), (QStringList{resetOpen, opened, "WriteFile 4 31 null",
-                                                         sent, "CloseHandle 4", lastLine}));
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{resetOpen, opened, threadOpen, write, threadClosed, sent, "CloseHandle 4",
+                          lastLine}));
+}
+
+void AsioCallsTest::resetWithoutThreadHandle()
+{
+    Script script;
+    script.threadsOpen = false;
+    RecordedPlatform::reset(script);
+    sendAsioReset();
+    QCOMPARE(RecordedPlatform::takeCalls(),
+             (QStringList{resetOpen, opened, threadOpen, write, sent, "CloseHandle 4", lastLine}));
 }
 
 void AsioCallsTest::resetRefused()
@@ -82,7 +98,7 @@ void AsioCallsTest::resetNotWritten()
     RecordedPlatform::reset(script);
     sendAsioReset();
     QCOMPARE(RecordedPlatform::takeCalls(),
-             (QStringList{resetOpen, opened, "WriteFile 4 31 null",
+             (QStringList{resetOpen, opened, threadOpen, write, threadClosed,
                           "Error: Failed to send ASIO reset signal. Error code: 232",
                           "CloseHandle 4", lastLine}));
 }
