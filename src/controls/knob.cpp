@@ -194,12 +194,11 @@ void Knob::change(qint64 candidate)
 
 void Knob::openEditor()
 {
-    QPalette colors = editor->palette();
-    colors.setColor(QPalette::Base, QColor(QStringLiteral("#1b1e23")));
-    colors.setColor(QPalette::Text, textColor);
-    colors.setColor(QPalette::Highlight, trackColor);
-    colors.setColor(QPalette::HighlightedText, textColor);
-    editor->setPalette(colors);
+    // No palette: below a window with a style sheet the background would not take it.
+    const QString text = textColor.name();
+    editor->setStyleSheet(QStringLiteral("QLineEdit { border: none; color: %1; background: #1b1e23;"
+                                         " selection-color: %1; selection-background-color: %2; }")
+                              .arg(text, trackColor.name()));
     editor->setFont(QFont(fontFamily, fontPointSize));
 
     editor->show();

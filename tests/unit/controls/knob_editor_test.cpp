@@ -1,7 +1,9 @@
 #include "support/test_main.h"
 #include "unit/controls/knob_stage.h"
 
+#include <QImage>
 #include <QLineEdit>
+#include <QSet>
 #include <QTest>
 
 #include <limits>
@@ -10,6 +12,16 @@ namespace {
 
 constexpr int lowest = std::numeric_limits<int>::min();
 constexpr int highest = std::numeric_limits<int>::max();
+
+QSet<QRgb> colorsOf(QWidget& widget)
+{
+    const QImage image = widget.grab().toImage();
+    QSet<QRgb> colors;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            colors.insert(image.pixel(x, y));
+    return colors;
+}
 
 } // namespace
 
@@ -108,18 +120,24 @@ void KnobEditorTest::geometry()
 
 void KnobEditorTest::readableOnTheCap()
 {
+    // As in the main window, whose style sheet replaces the style of all that is in it.
     KnobStage stage;
+    stage.window.setStyleSheet(QStringLiteral("QMainWindow { background-color: #2c313c; }"));
     stage.knob.textColor = QColor(0x00, 0xff, 0x7f);
     stage.knob.trackColor = QColor(0x12, 0x34, 0x56);
     stage.knob.fontFamily = QStringLiteral("Some Family");
     stage.knob.fontPointSize = 17;
     QVERIFY(stage.show());
     QVERIFY(openEditor(stage));
-    const QPalette colors = stage.knob.editor->palette();
-    QCOMPARE(colors.color(QPalette::Text), QColor(0x00, 0xff, 0x7f));
-    QCOMPARE(colors.color(QPalette::Base), QColor(0x1b, 0x1e, 0x23));
-    QCOMPARE(colors.color(QPalette::Highlight), QColor(0x12, 0x34, 0x56));
-    QCOMPARE(colors.color(QPalette::HighlightedText), QColor(0x00, 0xff, 0x7f));
+    // Selected, in the text's own colours; then unselected on the colour of the cap's shade.
+    QLineEdit& editor = *stage.knob.editor;
+    QCOMPARE(editor.grab().toImage().pixelColor(0, 0), QColor(0x1b, 0x1e, 0x23));
+    QVERIFY(colorsOf(editor).contains(0xff123456));
+    QVERIFY(colorsOf(editor).contains(0xff00ff7f));
+    editor.deselect();
+    QVERIFY(!colorsOf(editor).contains(0xff123456));
+    QVERIFY(colorsOf(editor).contains(0xff00ff7f));
+    QVERIFY(!colorsOf(editor).contains(0xffffffff));
     QCOMPARE(stage.knob.editor->font().family(), QStringLiteral("Some Family"));
     QCOMPARE(stage.knob.editor->font().pointSize(), 17);
     QCOMPARE(stage.knob.editor->alignment(), Qt::AlignCenter);
