@@ -5,6 +5,10 @@
 /// The lock file that guards the saving of an INI file such as "ka1.ini".
 namespace LockFile {
 
+/// In milliseconds: more than anything takes on a busy machine, and far less than the half minute
+/// that a lock must be old before the toolkit takes it for a leftover.
+inline constexpr int patience = 10000;
+
 QString path(const QString& iniFile);
 
 /// Adds the column "lock" and a row for each kind of lock that no process holds: what processes

@@ -57,7 +57,8 @@ void PanelStorageTest::leftoverLock()
         QElapsedTimer clock;
         clock.start();
         fixture.start(model);
-        QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY2(clock.elapsed() < LockFile::patience,
+                 qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(fixture.log().lines().constLast(), QString("已从配置文件加载控件状态"));
         QCOMPARE(complaints(fixture.log().lines()), QStringList());
         QCOMPARE(IniFile::read(ini).value("Dial/HeadphoneValue"), QString("-80"));
@@ -66,7 +67,8 @@ void PanelStorageTest::leftoverLock()
         LockFile::plant(ini);
         clock.start();
         fixture.wheel("Dial/HeadphoneValue", true);
-        QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY2(clock.elapsed() < LockFile::patience,
+                 qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(IniFile::read(ini).value("Dial/HeadphoneValue"), QString("-79"));
     }
 }
@@ -93,7 +95,7 @@ void PanelStorageTest::heldLock()
     QElapsedTimer clock;
     clock.start();
     fixture.start("ka2");
-    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(fixture.knob("Dial/Mic1Value")->value, 6);
     QVERIFY(!fixture.button("Button/Mic148VIsChecked")->on);
     QCOMPARE(complaints(fixture.log().lines()), QStringList());

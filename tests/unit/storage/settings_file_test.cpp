@@ -171,7 +171,7 @@ void SettingsFileTest::leftoverLock()
     QElapsedTimer clock;
     clock.start();
     file().store("Dial/MicValue", "2");
-    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(stored("Dial/MicValue"), QString("2"));
     QVERIFY(!QFile::exists(LockFile::path("test.ini")));
     QCOMPARE(log->take(), QStringList());
@@ -195,7 +195,7 @@ void SettingsFileTest::heldLock()
     file().store("Dial/MicValue", "3");
     file().store("Button/Mic48VIsChecked", "true");
     QCoreApplication::processEvents();
-    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(file().text("Dial/MicValue"), QString("3"));
     QCOMPARE(stored("Dial/MicValue"), QString("1"));
     QVERIFY(retry()->isActive());
@@ -205,9 +205,7 @@ void SettingsFileTest::heldLock()
     QCOMPARE(log->take(), QStringList{complaint()});
 
     holder.unlock();
-    clock.start();
-    QTRY_COMPARE_WITH_TIMEOUT(stored("Dial/MicValue"), QString("3"), 2000);
-    QVERIFY2(clock.elapsed() < 600, qPrintable(QString::number(clock.elapsed())));
+    QTRY_COMPARE(stored("Dial/MicValue"), QString("3"));
     QCOMPARE(stored("Button/Mic48VIsChecked"), QString("true"));
     QVERIFY(!retry()->isActive());
     QCOMPARE(log->take(), QStringList());
@@ -267,7 +265,7 @@ void SettingsFileTest::heldLockAtTheEnd()
     QElapsedTimer clock;
     clock.start();
     forgetSettingsFiles();
-    QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(stored("Dial/MicValue").isEmpty());
 }
 
@@ -291,7 +289,7 @@ void SettingsFileTest::fullLockFolder()
     clock.start();
     file().store("Dial/MicValue", "2");
     QCoreApplication::processEvents();
-    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(QFileInfo(lock + "/holiday").isDir());
     QCOMPARE(log->take(), QStringList{complaint()});
     QVERIFY(QDir(lock).removeRecursively());
@@ -310,7 +308,7 @@ void SettingsFileTest::lockAfterAFailedSave()
     clock.start();
     QTest::qWait(10);
     QCOMPARE(file().text("Dial/MicValue"), QString("2"));
-    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
     holder.unlock();
     QTRY_COMPARE(stored("Dial/MicValue"), QString("2"));
 }
