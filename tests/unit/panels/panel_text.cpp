@@ -24,6 +24,23 @@ QString labelText(const QLabel& label)
         .arg(alignmentText(label.alignment()), label.text(), label.styleSheet());
 }
 
+/// What the layout was told of its item; nothing for the usual.
+QString placeText(const QLayout& layout, int index)
+{
+    const auto* box = qobject_cast<const QBoxLayout*>(&layout);
+    const int stretch = box == nullptr ? 0 : box->stretch(index);
+    QLayoutItem* item = layout.itemAt(index);
+    QString text;
+    if (item->widget() != nullptr && item->alignment() == Qt::AlignHCenter)
+        text += QStringLiteral(" in the middle");
+    else if (item->widget() != nullptr && item->alignment() != Qt::Alignment())
+        text += QStringLiteral(" placed %1").arg(int(item->alignment()));
+    if (stretch != 0)
+        text += QStringLiteral(" stretched %1").arg(stretch);
+    return text;
+}
+
+/// Of a panel that was not laid out yet.
 QString knobText(const Knob& knob)
 {
     const QString offset = QStringLiteral(" shown +%1").arg(knob.displayOffset);
@@ -38,7 +55,8 @@ QString knobText(const Knob& knob)
                .arg(knob.arcWidth)
                .arg(knob.arcColor.name())
                .arg(knob.fontPointSize) +
-           knob.textColor.name() + u' ' + knob.shadowColor.name();
+           knob.textColor.name() + u' ' + knob.shadowColor.name() +
+           (knob.pos() == QPoint(10, 10) ? QString() : QStringLiteral(" elsewhere"));
 }
 
 /// What all buttons of the panels have in common goes without saying.
@@ -95,18 +113,20 @@ QString layoutText(const QLayout& layout)
         .arg(margins.bottom());
 }
 
-void describe(const QLayout& layout, const QString& indent, QStringList& lines)
+void describe(const QLayout& layout, const QString& indent, const QString& place,
+              QStringList& lines)
 {
-    lines.append(indent + layoutText(layout));
+    lines.append(indent + layoutText(layout) + place);
     const QString inner = indent + QStringLiteral("  ");
     for (int i = 0; i < layout.count(); ++i) {
         QLayoutItem* item = layout.itemAt(i);
+        const QString itemPlace = placeText(layout, i);
         if (const QLayout* nested = item->layout())
-            describe(*nested, inner, lines);
+            describe(*nested, inner, itemPlace, lines);
         else if (const QWidget* widget = item->widget())
-            lines.append(inner + widgetText(*widget));
+            lines.append(inner + widgetText(*widget) + itemPlace);
         else
-            lines.append(inner + QStringLiteral("stretch"));
+            lines.append(inner + QStringLiteral("stretch") + itemPlace);
     }
 }
 
@@ -133,7 +153,7 @@ QList<QWidget*> widgetsOf(const QWidget& panel)
 QStringList PanelText::tree(const QWidget& panel)
 {
     QStringList lines;
-    describe(*panel.layout(), QString(), lines);
+    describe(*panel.layout(), QString(), QString(), lines);
     return lines;
 }
 
