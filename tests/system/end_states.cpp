@@ -69,7 +69,11 @@ QString EndStates::flawOfTheEnd()
 
 QString EndStates::leftBehind()
 {
-    if (!waitUntil([] { return Desktop::trayIcons().isEmpty(); }, 5s))
+    const auto iconIsGone = [] {
+        const auto icons = Desktop::trayIcons();
+        return icons && icons->isEmpty();
+    };
+    if (!waitUntil(iconIsGone, 5s))
         return QStringLiteral("tray icon");
     if (simulator().openHandles() != 0)
         return QStringLiteral("open device handles");
@@ -197,7 +201,7 @@ bool EndStates::blockReset()
         !showDialog())
         return false;
     // The return key presses "OK".
-    const auto dialog = Desktop::windows(settingsDialog).value(0);
+    const auto dialog = Desktop::window(settingsDialog).value_or(DesktopWindow());
     if (!Desktop::activate(dialog) || !Desktop::key(QStringLiteral("Return")) ||
         !panel().waitForLine(QStringLiteral("Pipe opened successfully.")))
         return false;
@@ -209,7 +213,7 @@ bool EndStates::openComboList()
 {
     if (!showDialog())
         return false;
-    const auto dialog = Desktop::windows(settingsDialog).value(0);
+    const auto dialog = Desktop::window(settingsDialog).value_or(DesktopWindow());
     const QImage before = PanelSession::pictureOf(dialog);
     return Desktop::activate(dialog) && Desktop::key(QStringLiteral("alt+Down")) &&
            waitUntil([&] { return PanelSession::pictureOf(dialog) != before; }, 10s);
@@ -222,7 +226,7 @@ bool EndStates::openKnobEditor()
     QPoint knob;
     const bool drawn = waitUntil(
         [&] {
-            const auto window = Desktop::windows(mainWindow).value(0);
+            const auto window = Desktop::window(mainWindow).value_or(DesktopWindow());
             const auto knobs = knobsIn(PanelSession::pictureOf(window));
             knob = window.area.topLeft() + knobs.value(0);
             return !knobs.isEmpty();

@@ -59,7 +59,8 @@ void SystemEnd::lastChangeIsSaved()
     QPoint knob;
     QVERIFY(waitUntil(
         [&] {
-            const auto window = Desktop::windows(QStringLiteral("^Quorvel KA1 ")).value(0);
+            const auto window =
+                Desktop::window(QStringLiteral("^Quorvel KA1 ")).value_or(DesktopWindow());
             const auto knobs = knobsIn(PanelSession::pictureOf(window));
             knob = window.area.topLeft() + knobs.value(0);
             return !knobs.isEmpty();

@@ -13,7 +13,7 @@ namespace {
 bool visit(const QString& model)
 {
     // Whoever started it may have had something to build first.
-    waitUntil([] { return !Desktop::trayIcons().isEmpty(); }, 60s);
+    waitUntil([] { return !Desktop::trayIcons().value_or(QList<QRect>()).isEmpty(); }, 60s);
     const auto icon = Desktop::waitForTrayIcon();
     if (!icon) {
         std::fputs("quorvel-visitor: there is no icon\n", stderr);

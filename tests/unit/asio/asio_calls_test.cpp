@@ -16,7 +16,7 @@ const QString resetOpen =
 const QString opened = QStringLiteral("Pipe opened successfully.");
 /// While it writes, its thread can be freed from the wait.
 const QString threadOpen = QStringLiteral("OpenThread 1 0 self");
-const QString write = QStringLiteral("WriteFile 4 31 null");
+const QString byteWritten = QStringLiteral("WriteFile 4 31 null");
 const QString threadClosed = QStringLiteral("CloseHandle 8");
 const QString sent = QStringLiteral("ASIO reset signal sent successfully.");
 const QString lastLine = QStringLiteral("设置通知ASIO逻辑");
@@ -67,8 +67,8 @@ void AsioCallsTest::reset()
 {
     sendAsioReset();
     QCOMPARE(RecordedPlatform::takeCalls(),
-             (QStringList{resetOpen, opened, threadOpen, write, threadClosed, sent, "CloseHandle 4",
-                          lastLine}));
+             (QStringList{resetOpen, opened, threadOpen, byteWritten, threadClosed, sent,
+                          "CloseHandle 4", lastLine}));
 }
 
 void AsioCallsTest::resetWithoutThreadHandle()
@@ -77,8 +77,8 @@ void AsioCallsTest::resetWithoutThreadHandle()
     script.threadsOpen = false;
     RecordedPlatform::reset(script);
     sendAsioReset();
-    QCOMPARE(RecordedPlatform::takeCalls(),
-             (QStringList{resetOpen, opened, threadOpen, write, sent, "CloseHandle 4", lastLine}));
+    QCOMPARE(RecordedPlatform::takeCalls(), (QStringList{resetOpen, opened, threadOpen, byteWritten,
+                                                         sent, "CloseHandle 4", lastLine}));
 }
 
 void AsioCallsTest::resetRefused()
@@ -98,7 +98,7 @@ void AsioCallsTest::resetNotWritten()
     RecordedPlatform::reset(script);
     sendAsioReset();
     QCOMPARE(RecordedPlatform::takeCalls(),
-             (QStringList{resetOpen, opened, threadOpen, write, threadClosed,
+             (QStringList{resetOpen, opened, threadOpen, byteWritten, threadClosed,
                           "Error: Failed to send ASIO reset signal. Error code: 232",
                           "CloseHandle 4", lastLine}));
 }
