@@ -154,7 +154,7 @@ bool EndStates::showBoth()
 {
     return showWindow() && chooseFromTrayMenu(TrayEntry::Setup) &&
            Desktop::waitForWindow(settingsDialog).has_value() &&
-           Desktop::waitForWindow(mainWindow).has_value();
+           Desktop::window(mainWindow).has_value();
 }
 
 bool EndStates::openTrayMenu()

@@ -297,7 +297,10 @@ void PortTest::startedProgramIsOnItsOwn()
     const QString text = outputOfStarted(R"(
 streams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)
 echo $streams > result.tmp
-grep -E '^Sig(Blk|Ign):' /proc/$$/status >> result.tmp
+# By the shell alone: while it starts another program it blocks signals itself.
+while read -r name set; do
+    case $name in SigBlk:|SigIgn:) echo "$name $set" >> result.tmp;; esac
+done < /proc/$$/status
 [ $(cut -d ' ' -f 6 /proc/$$/stat) = $$ ] && echo own session >> result.tmp
 mv result.tmp result
 )");
@@ -305,8 +308,8 @@ mv result.tmp result
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     // The two signals above 31 are the thread library's own.
     const QRegularExpression expected("^/dev/null /dev/null /dev/null\n"
-                                      "SigBlk:\t0{16}\n"
-                                      "SigIgn:\t[01]{8}[08]0{7}\n"
+                                      "SigBlk: 0{16}\n"
+                                      "SigIgn: [01]{8}[08]0{7}\n"
                                       "own session\n$");
     QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
 }
