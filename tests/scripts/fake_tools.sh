@@ -61,13 +61,11 @@ echo "Version: $(cat "$FAKES/qt-version")"
 FAKE
     # Unpacks a part before it obeys, so that a failure leaves half a source behind.
     write_fake dpkg-source <<'FAKE'
-mkdir -p unpacking/src/{plugins/{platforms,styles/windowsvista},platformsupport} \
-    unpacking/{debian,src/3rdparty/harfbuzz-ng}
+mkdir -p unpacking/{debian,src/{plugins/platforms,platformsupport,3rdparty/harfbuzz-ng}}
 obey dpkg-source
 echo 'add_subdirectory(minimal)' >unpacking/src/plugins/platforms/CMakeLists.txt
 echo 'add_subdirectory(fbconvenience)' >unpacking/src/platformsupport/CMakeLists.txt
-touch unpacking/src/3rdparty/harfbuzz-ng/CMakeLists.txt \
-    unpacking/src/plugins/styles/windowsvista/qwindowsvistastyle_p_p.h
+touch unpacking/src/3rdparty/harfbuzz-ng/CMakeLists.txt
 mkdir unpacking/LICENSES
 touch unpacking/LICENSES/Plain.txt unpacking/debian/copyright unpacking/debian/changelog
 FAKE
