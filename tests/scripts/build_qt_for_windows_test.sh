@@ -2,6 +2,8 @@
 # Runs scripts/windows/build-qt-for-windows with stand-ins for apt, CMake and Ninja: what it says and
 # leaves behind when something fails or stops it, what it resumes, and what its result is named
 # after.
+# What is checked is text that eval runs later.
+# shellcheck disable=SC2016,SC2034
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 checkout=$(cd -- "$here/../.." && pwd)
