@@ -3,7 +3,7 @@
 # leaves behind when something fails or stops it, what it resumes, and what its result is named
 # after.
 # What is checked is text that eval runs later.
-# shellcheck disable=SC2016,SC2034
+# shellcheck disable=SC2034
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 checkout=$(cd -- "$here/../.." && pwd)
