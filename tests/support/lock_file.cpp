@@ -31,12 +31,12 @@ const QByteArray folderMark = "(folder)";
 
 } // namespace
 
-QString LockFile::path(const QString& iniFile)
+QString LockFiles::path(const QString& iniFile)
 {
     return IniFile::path(iniFile + QStringLiteral(".lock"));
 }
 
-void LockFile::addLeftoverRows()
+void LockFiles::addLeftoverRows()
 {
     QTest::addColumn<QByteArray>("lock");
     QTest::newRow("empty") << QByteArray("");
@@ -47,7 +47,7 @@ void LockFile::addLeftoverRows()
     QTest::newRow("folder") << folderMark;
 }
 
-void LockFile::plant(const QString& iniFile)
+void LockFiles::plant(const QString& iniFile)
 {
     QFETCH(const QByteArray, lock);
     if (lock != folderMark)

@@ -3,7 +3,7 @@
 #include <QString>
 
 /// The lock file that guards the saving of an INI file such as "ka1.ini".
-namespace LockFile {
+namespace LockFiles {
 
 /// In milliseconds: more than anything takes on a busy machine, and far less than the half minute
 /// that a lock must be old before the toolkit takes it for a leftover.
@@ -18,4 +18,4 @@ void addLeftoverRows();
 /// Puts the lock of the present row into the application data folder.
 void plant(const QString& iniFile);
 
-} // namespace LockFile
+} // namespace LockFiles

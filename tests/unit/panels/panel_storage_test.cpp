@@ -18,7 +18,7 @@ class PanelStorageTest : public QObject
     Q_OBJECT
 
 private slots:
-    void leftoverLock_data() { LockFile::addLeftoverRows(); }
+    void leftoverLock_data() { LockFiles::addLeftoverRows(); }
     void leftoverLock();
     void heldLock();
     void leftoversOfAKill_data() { addModelRows(); }
@@ -53,21 +53,21 @@ void PanelStorageTest::leftoverLock()
     for (const QString& model : models.keys()) {
         const QString ini = model + ".ini";
         fixture.plug(models.value(model));
-        LockFile::plant(ini);
+        LockFiles::plant(ini);
         QElapsedTimer clock;
         clock.start();
         fixture.start(model);
-        QVERIFY2(clock.elapsed() < LockFile::patience,
+        QVERIFY2(clock.elapsed() < LockFiles::patience,
                  qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(fixture.log().lines().constLast(), QString("已从配置文件加载控件状态"));
         QCOMPARE(complaints(fixture.log().lines()), QStringList());
         QCOMPARE(IniFile::read(ini).value("Dial/HeadphoneValue"), QString("-80"));
-        QVERIFY(!QFile::exists(LockFile::path(ini)));
+        QVERIFY(!QFile::exists(LockFiles::path(ini)));
 
-        LockFile::plant(ini);
+        LockFiles::plant(ini);
         clock.start();
         fixture.wheel("Dial/HeadphoneValue", true);
-        QVERIFY2(clock.elapsed() < LockFile::patience,
+        QVERIFY2(clock.elapsed() < LockFiles::patience,
                  qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(IniFile::read(ini).value("Dial/HeadphoneValue"), QString("-79"));
     }
@@ -79,7 +79,7 @@ void PanelStorageTest::heldLock()
     fixture.plug(SimulatorControl::ka2);
     IniFile::write("ka2.ini", {{"Dial/Mic1Value", "5"}, {"Button/Mic148VIsChecked", "true"}});
     fixture.start("ka2");
-    QLockFile holder(LockFile::path("ka2.ini"));
+    QLockFile holder(LockFiles::path("ka2.ini"));
     QVERIFY(holder.tryLock(0));
     fixture.takeTrace();
     fixture.log().clear();
@@ -95,7 +95,7 @@ void PanelStorageTest::heldLock()
     QElapsedTimer clock;
     clock.start();
     fixture.start("ka2");
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(fixture.knob("Dial/Mic1Value")->value, 6);
     QVERIFY(!fixture.button("Button/Mic148VIsChecked")->on);
     QCOMPARE(complaints(fixture.log().lines()), QStringList());
@@ -146,7 +146,7 @@ void PanelStorageTest::saveStateSavesWhatWaits()
         fixture.plug(models.value(model));
         fixture.start(model);
         {
-            QLockFile holder(LockFile::path(ini));
+            QLockFile holder(LockFiles::path(ini));
             QVERIFY(holder.tryLock(0));
             fixture.wheel("Dial/HeadphoneValue", true);
             QCOMPARE(IniFile::read(ini).value("Dial/HeadphoneValue"), QString("-80"));

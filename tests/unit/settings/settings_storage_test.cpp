@@ -16,7 +16,7 @@ class SettingsStorageTest : public QObject
 
 private slots:
     void init() { fixture.reset(); }
-    void leftoverLock_data() { LockFile::addLeftoverRows(); }
+    void leftoverLock_data() { LockFiles::addLeftoverRows(); }
     void leftoverLock();
     void heldLock();
     void otherValues_data();
@@ -29,17 +29,17 @@ private:
 void SettingsStorageTest::leftoverLock()
 {
     IniFile::write("setting.ini", {{"USB/SlowMode", "Enabled"}});
-    LockFile::plant("setting.ini");
+    LockFiles::plant("setting.ini");
     QElapsedTimer clock;
     clock.start();
     fixture.connect(44100, 192, 8);
     fixture.dialog->loadSettings();
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(fixture.slowMode()->currentText(), QString("Enabled"));
     fixture.slowMode()->setCurrentText("Disabled");
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(fixture.stored("USB/SlowMode"), QString("Disabled"));
-    QVERIFY(!QFile::exists(LockFile::path("setting.ini")));
+    QVERIFY(!QFile::exists(LockFiles::path("setting.ini")));
     QCOMPARE(fixture.takeLog().filter("Cannot save").size(), 0);
 }
 
@@ -47,7 +47,7 @@ void SettingsStorageTest::leftoverLock()
 void SettingsStorageTest::heldLock()
 {
     fixture.connect(44100, 192, 8);
-    QLockFile holder(LockFile::path("setting.ini"));
+    QLockFile holder(LockFiles::path("setting.ini"));
     QVERIFY(holder.tryLock(0));
     fixture.slowMode()->setCurrentText("Enabled");
     const QStringList log = fixture.takeLog();

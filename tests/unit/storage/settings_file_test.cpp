@@ -31,9 +31,9 @@ private slots:
     void texts();
     void textsOfTheSameProcess();
     void changesOfOthers();
-    void leftoverLock_data() { LockFile::addLeftoverRows(); }
+    void leftoverLock_data() { LockFiles::addLeftoverRows(); }
     void leftoverLock();
-    void leftoverLockWhileRunning_data() { LockFile::addLeftoverRows(); }
+    void leftoverLockWhileRunning_data() { LockFiles::addLeftoverRows(); }
     void leftoverLockWhileRunning();
     void heldLock();
     void heldLockIsReportedOncePerTrouble();
@@ -167,13 +167,13 @@ void SettingsFileTest::changesOfOthers()
 void SettingsFileTest::leftoverLock()
 {
     IniFile::write("test.ini", {{"Dial/MicValue", "1"}});
-    LockFile::plant("test.ini");
+    LockFiles::plant("test.ini");
     QElapsedTimer clock;
     clock.start();
     file().store("Dial/MicValue", "2");
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(stored("Dial/MicValue"), QString("2"));
-    QVERIFY(!QFile::exists(LockFile::path("test.ini")));
+    QVERIFY(!QFile::exists(LockFiles::path("test.ini")));
     QCOMPARE(log->take(), QStringList());
 }
 
@@ -187,7 +187,7 @@ void SettingsFileTest::heldLock()
 {
     file().store("Dial/MicValue", "1");
     file().store("Button/Mic48VIsChecked", "false");
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     QElapsedTimer clock;
     clock.start();
@@ -195,7 +195,7 @@ void SettingsFileTest::heldLock()
     file().store("Dial/MicValue", "3");
     file().store("Button/Mic48VIsChecked", "true");
     QCoreApplication::processEvents();
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(file().text("Dial/MicValue"), QString("3"));
     QCOMPARE(stored("Dial/MicValue"), QString("1"));
     QVERIFY(retry()->isActive());
@@ -214,7 +214,7 @@ void SettingsFileTest::heldLock()
 void SettingsFileTest::heldLockIsReportedOncePerTrouble()
 {
     for (int trouble = 0; trouble < 2; ++trouble) {
-        QLockFile holder(LockFile::path("test.ini"));
+        QLockFile holder(LockFiles::path("test.ini"));
         file();
         QVERIFY(holder.tryLock(0));
         file().store("Dial/MicValue", "1");
@@ -233,7 +233,7 @@ void SettingsFileTest::heldLockAndTheNextWindow()
 {
     IniFile::write("test.ini", {{"Dial/MicValue", "1"}, {"Dial/HeadphoneValue", "-5"}});
     file();
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     file().store("Dial/MicValue", "2");
     SettingsFile& next = SettingsFile::open("test.ini");
@@ -245,7 +245,7 @@ void SettingsFileTest::heldLockAndTheNextWindow()
 void SettingsFileTest::heldLockAndAnExplicitSave()
 {
     file();
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     SettingsFile& same = file();
     same.store("Dial/MicValue", "2");
@@ -259,20 +259,20 @@ void SettingsFileTest::heldLockAndAnExplicitSave()
 void SettingsFileTest::heldLockAtTheEnd()
 {
     file();
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     file().store("Dial/MicValue", "2");
     QElapsedTimer clock;
     clock.start();
     forgetSettingsFiles();
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(stored("Dial/MicValue").isEmpty());
 }
 
 void SettingsFileTest::releasedLockAtTheEnd()
 {
     file();
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     file().store("Dial/MicValue", "2");
     holder.unlock();
@@ -283,13 +283,13 @@ void SettingsFileTest::releasedLockAtTheEnd()
 /// Nobody can remove this lock but the user.
 void SettingsFileTest::fullLockFolder()
 {
-    const QString lock = LockFile::path("test.ini");
+    const QString lock = LockFiles::path("test.ini");
     QVERIFY(QDir().mkpath(lock + "/holiday"));
     QElapsedTimer clock;
     clock.start();
     file().store("Dial/MicValue", "2");
     QCoreApplication::processEvents();
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(QFileInfo(lock + "/holiday").isDir());
     QCOMPARE(log->take(), QStringList{complaint()});
     QVERIFY(QDir(lock).removeRecursively());
@@ -302,13 +302,13 @@ void SettingsFileTest::lockAfterAFailedSave()
     QVERIFY(QDir().mkpath(IniFile::path("test.ini")));
     file().store("Dial/MicValue", "2");
     QVERIFY(QDir().rmdir(IniFile::path("test.ini")));
-    QLockFile holder(LockFile::path("test.ini"));
+    QLockFile holder(LockFiles::path("test.ini"));
     QVERIFY(holder.tryLock(0));
     QElapsedTimer clock;
     clock.start();
     QTest::qWait(10);
     QCOMPARE(file().text("Dial/MicValue"), QString("2"));
-    QVERIFY2(clock.elapsed() < LockFile::patience, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < LockFiles::patience, qPrintable(QString::number(clock.elapsed())));
     holder.unlock();
     QTRY_COMPARE(stored("Dial/MicValue"), QString("2"));
 }
