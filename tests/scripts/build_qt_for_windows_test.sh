@@ -14,6 +14,9 @@ trap 'rm -rf "$base"' EXIT
 name=
 failures=0
 
+# Known from the sleep of any other run.
+export FAKE_SLEEP=1000.$$
+
 # Each check starts with an empty cache and tools that all work.
 begin()
 {
@@ -57,7 +60,7 @@ work_folder() { echo "$cache/quorvel/qt-windows-work"; }
 
 wait_until()
 {
-    local attempts=200
+    local attempts=1200
     until "$@"; do
         ((attempts-- > 0)) || return 1
         sleep 0.05
@@ -160,7 +163,7 @@ stops_on()
     status=0
     wait "$!" || status=$?
     check "((status == $2)) && says Interrupted"
-    check '! pgrep -f "sleep 1000.25" >/dev/null'
+    check '! pgrep -f "sleep $FAKE_SLEEP\$" >/dev/null'
     rm "$base/fakes/$3.hangs"
     : >"$base/fakes/calls"
     run
@@ -227,7 +230,7 @@ does_not_trust_half_a_source()
         >"$base/printed.log" 2>"$base/said.log" &
     check "wait_until test -e '$base/fakes/dpkg-source.hanging'"
     local pid=$!
-    kill -KILL "$pid" $(pgrep -f 'sleep 1000.25') 2>/dev/null
+    kill -KILL "$pid" $(pgrep -f "sleep $FAKE_SLEEP\$") 2>/dev/null
     wait "$pid" 2>/dev/null || true
     rm "$base/fakes/dpkg-source.hangs"
     wait_until run_succeeds

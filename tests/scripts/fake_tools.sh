@@ -17,7 +17,7 @@ obey()
         exit 9
     fi
     if [[ -e $FAKES/$1.hangs ]]; then
-        sleep 1000.25 &
+        sleep "$FAKE_SLEEP" &
         touch "$FAKES/$1.hanging"
         wait
     fi
