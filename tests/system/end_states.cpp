@@ -14,7 +14,6 @@ namespace {
 
 const QString mainWindow = QStringLiteral("^Quorvel KA1 ");
 const QString settingsDialog = QStringLiteral("^Settings$");
-const QString warningBox = QStringLiteral("^错误$");
 
 } // namespace
 
@@ -164,12 +163,15 @@ bool EndStates::openTrayMenu()
 
 bool EndStates::openWarningBox()
 {
-    // Under Wine, which has the sound panel built in, this takes it away.
-    folder().setVariable(QStringLiteral("WINEDLLOVERRIDES"),
-                         qEnvironmentVariable("WINEDLLOVERRIDES") +
-                             QStringLiteral(";control.exe=d"));
+    // Natively there is no such program; in this Windows nobody else needs it.
+    if (Target::isWindows())
+        QFile::remove(QDir::cleanPath(Target::settingsFolder() +
+                                      "/../../../../../windows/system32/control.exe"));
+    // Its Chinese title cannot be searched for under Wine; nothing else is on the screen.
+    const QRect middle(200, 200, 800, 400);
+    const QImage empty = Desktop::picture(middle);
     return startHidden() && chooseFromTrayMenu(TrayEntry::SoundPanel) &&
-           Desktop::waitForWindow(warningBox).has_value();
+           waitUntil([&] { return Desktop::picture(middle) != empty; }, 10s);
 }
 
 bool EndStates::waitInSequence()
@@ -201,22 +203,33 @@ bool EndStates::blockReset()
         !showDialog())
         return false;
     // The return key presses "OK".
-    const auto dialog = Desktop::window(settingsDialog).value_or(DesktopWindow());
-    if (!Desktop::activate(dialog) || !Desktop::key(QStringLiteral("Return")) ||
+    if (!typeIntoDialog(QStringLiteral("Return")) ||
         !panel().waitForLine(QStringLiteral("Pipe opened successfully.")))
         return false;
     QThread::msleep(500);
     return panel().debugLines().last() == QStringLiteral("Pipe opened successfully.");
 }
 
+bool EndStates::typeIntoDialog(const QString& key)
+{
+    // A window under Wine takes keys only after a click into it; this one hits the heading.
+    const QRect area = Desktop::window(settingsDialog).value_or(DesktopWindow()).area;
+    return Desktop::click(QPoint(area.center().x(), area.top() + 20)) && Desktop::key(key);
+}
+
 bool EndStates::openComboList()
 {
     if (!showDialog())
         return false;
-    const auto dialog = Desktop::window(settingsDialog).value_or(DesktopWindow());
-    const QImage before = PanelSession::pictureOf(dialog);
-    return Desktop::activate(dialog) && Desktop::key(QStringLiteral("alt+Down")) &&
-           waitUntil([&] { return PanelSession::pictureOf(dialog) != before; }, 10s);
+    const QRect area = Desktop::window(settingsDialog).value_or(DesktopWindow()).area;
+    return waitUntil(
+        [&] {
+            const QImage before = Desktop::picture(area);
+            typeIntoDialog(QStringLiteral("alt+Down"));
+            QThread::msleep(300);
+            return Desktop::picture(area) != before;
+        },
+        10s);
 }
 
 bool EndStates::openKnobEditor()

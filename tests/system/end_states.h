@@ -42,6 +42,7 @@ private:
     bool waitBetweenTimedSteps();
     bool restartExplorer();
     bool blockReset();
+    bool typeIntoDialog(const QString& key);
     bool openComboList();
     bool openKnobEditor();
     bool startOnly();

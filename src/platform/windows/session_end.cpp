@@ -1,13 +1,17 @@
 #include "platform/session_end.h"
 
+#include "platform/endable_wait.h"
 #include "platform/event_loop_end.h"
 #include "platform/win32.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
 
+#include <atomic>
 #include <future>
+#include <memory>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -15,6 +19,9 @@ using namespace std::chrono_literals;
 
 // Windows itself gives up after some five seconds of silence, with the user's consent only.
 constexpr auto patience = 10s;
+
+// Until then the entry routine has returned, and the process is gone.
+constexpr DWORD exitTime = 2000; // ms
 
 // The installer looks for it.
 constexpr const wchar_t* windowClass = L"QuorvelDriverSessionEnd";
@@ -47,6 +54,49 @@ private:
     HWND window = nullptr;
 };
 
+/// What the listening thread works with; it may outlive the rest by the time of an exit.
+struct Listening
+{
+    EventLoopEnd loop;
+    std::atomic<bool> ending = false;
+};
+
+void end(Listening& listening)
+{
+    listening.ending = true;
+    // Windows may end the process, with an exit code of its own, as soon as it is answered.
+    if (listening.loop.endAndWait(patience))
+        Sleep(exitTime);
+}
+
+LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    auto* listening = reinterpret_cast<Listening*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    switch (message) {
+    case WM_QUERYENDSESSION:
+        // The windows of the GUI thread are asked as well, and it must be free to answer.
+        EndableWait::cancel();
+        return TRUE;
+    case WM_ENDSESSION:
+        if (wParam != FALSE && listening != nullptr)
+            end(*listening);
+        return 0;
+    case WM_CLOSE:
+        return 0; // As with the other windows: merely closed, nothing ends.
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+void listen(const std::shared_ptr<Listening>& listening, std::promise<DWORD> ready)
+{
+    const HiddenWindow window(onMessage, listening.get());
+    ready.set_value(GetCurrentThreadId());
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        DispatchMessageW(&message);
+}
+
 } // namespace
 
 /// The filter serves those who turn to a window of Qt, which would ask all windows to close: one
@@ -55,16 +105,24 @@ class SessionEnd::Listener : public QAbstractNativeEventFilter
 {
 public:
     Listener()
-        : thread([this] { listen(); })
     {
-        threadId = listening.get_future().get();
+        std::promise<DWORD> ready;
+        auto id = ready.get_future();
+        thread = std::thread(listen, listening, std::move(ready));
+        threadId = id.get();
         QCoreApplication::instance()->installNativeEventFilter(this);
     }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
     ~Listener() override
     {
-        loop.finish();
+        listening->loop.finish();
         PostThreadMessageW(threadId, WM_QUIT, 0, 0);
-        thread.join();
+        // One that holds Windows back is to do so until the process has exited.
+        if (listening->ending)
+            thread.detach();
+        else
+            thread.join();
     }
 
     bool nativeEventFilter(const QByteArray&, void* event, qintptr* result) override
@@ -79,35 +137,7 @@ public:
     }
 
 private:
-    void listen()
-    {
-        const HiddenWindow window(onMessage, this);
-        listening.set_value(GetCurrentThreadId());
-        MSG message;
-        while (GetMessageW(&message, nullptr, 0, 0) > 0)
-            DispatchMessageW(&message);
-    }
-
-    static LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
-    {
-        auto* listener = reinterpret_cast<Listener*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-        switch (message) {
-        case WM_QUERYENDSESSION:
-            return TRUE;
-        case WM_ENDSESSION:
-            // Windows may end the process as soon as this returns.
-            if (wParam != FALSE && listener != nullptr)
-                listener->loop.endAndWait(patience);
-            return 0;
-        case WM_CLOSE:
-            return 0; // As with the other windows: merely closed, nothing ends.
-        default:
-            return DefWindowProcW(window, message, wParam, lParam);
-        }
-    }
-
-    EventLoopEnd loop;
-    std::promise<DWORD> listening;
+    std::shared_ptr<Listening> listening = std::make_shared<Listening>();
     DWORD threadId = 0;
     std::thread thread;
 };

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -40,21 +41,31 @@ BOOL CALLBACK look(HWND window, LPARAM parameter)
     return TRUE;
 }
 
+/// Sends the message to all windows at once, and returns what they answer.
+std::vector<LRESULT> tellAll(const std::vector<HWND>& windows, UINT message, WPARAM wParam)
+{
+    std::vector<std::future<LRESULT>> calls;
+    for (const HWND window : windows) {
+        calls.push_back(std::async(std::launch::async, [=] {
+            constexpr UINT patience = 15000; // ms
+            DWORD_PTR answer = FALSE;
+            SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, patience, &answer);
+            return static_cast<LRESULT>(answer);
+        }));
+    }
+    std::vector<LRESULT> answers;
+    for (std::future<LRESULT>& call : calls)
+        answers.push_back(call.get());
+    return answers;
+}
+
 /// Asks all windows, and tells them what came of it. False when one refused or there is none.
 bool endSession(const Search& search, bool really)
 {
-    constexpr UINT patience = 15000; // ms
     bool agreed = !search.found.empty();
-    for (const HWND window : search.found) {
-        DWORD_PTR answer = FALSE;
-        SendMessageTimeoutW(window, WM_QUERYENDSESSION, 0, 0, SMTO_NORMAL, patience, &answer);
+    for (const LRESULT answer : tellAll(search.found, WM_QUERYENDSESSION, 0))
         agreed = agreed && answer != FALSE;
-    }
-    for (const HWND window : search.found) {
-        DWORD_PTR answer = 0;
-        SendMessageTimeoutW(window, WM_ENDSESSION, agreed && really ? TRUE : FALSE, 0, SMTO_NORMAL,
-                            patience, &answer);
-    }
+    tellAll(search.found, WM_ENDSESSION, agreed && really ? TRUE : FALSE);
     std::printf("%s %u windows\n", agreed ? "agreed" : "refused",
                 static_cast<unsigned>(search.found.size()));
     return agreed;
