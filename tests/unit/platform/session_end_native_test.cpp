@@ -43,6 +43,15 @@ private:
 
 volatile std::sig_atomic_t seen = 0;
 
+/// What the loop returns; 7 when nothing has ended it in time.
+int runLoop(int milliseconds = 10000)
+{
+    QTimer timeout;
+    QObject::connect(&timeout, &QTimer::timeout, [] { QCoreApplication::exit(7); });
+    timeout.start(milliseconds);
+    return QApplication::exec();
+}
+
 } // namespace
 
 class SessionEndTest : public QObject
@@ -73,8 +82,7 @@ void SessionEndTest::signalEndsTheLoop()
     QFETCH(int, signal);
     const SessionEnd end;
     QTimer::singleShot(20, this, [signal] { send(signal); });
-    QTimer::singleShot(10000, this, [] { QCoreApplication::exit(7); });
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(runLoop(), 0);
 }
 
 void SessionEndTest::signalBeforeTheLoopCounts()
@@ -82,7 +90,7 @@ void SessionEndTest::signalBeforeTheLoopCounts()
     const SessionEnd end;
     send(SIGTERM);
     QTest::qWait(20);
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(runLoop(), 0);
 }
 
 void SessionEndTest::oneAfterTheOther()
@@ -90,7 +98,7 @@ void SessionEndTest::oneAfterTheOther()
     for (int round = 0; round < 3; ++round) {
         const SessionEnd end;
         QTimer::singleShot(0, this, [] { send(SIGTERM); });
-        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(runLoop(), 0);
     }
 }
 
@@ -100,13 +108,12 @@ void SessionEndTest::signalsInARowEndOnce()
         const SessionEnd end;
         for (int i = 0; i < 10; ++i)
             send(SIGTERM);
-        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(runLoop(), 0);
         send(SIGINT);
     }
     // Nothing of them reaches the next loop.
-    QTimer::singleShot(100, this, [] { QCoreApplication::exit(7); });
     QCoreApplication::processEvents();
-    QCOMPARE(QApplication::exec(), 7);
+    QCOMPARE(runLoop(100), 7);
 }
 
 void SessionEndTest::formerHandlersComeBack()
@@ -125,9 +132,8 @@ void SessionEndTest::ignoredSignalStaysIgnored()
     const Handler handler(SIGHUP, SIG_IGN);
     const SessionEnd end;
     QVERIFY(handlerOf(SIGHUP) == SIG_IGN);
-    QTimer::singleShot(100, this, [] { QCoreApplication::exit(7); });
     send(SIGHUP);
-    QCOMPARE(QApplication::exec(), 7);
+    QCOMPARE(runLoop(100), 7);
 }
 
 QUORVEL_TEST_MAIN(SessionEndTest)

@@ -45,6 +45,15 @@ qintptr filtered(UINT message, WPARAM wParam)
     return taken ? result : -1;
 }
 
+/// What the loop returns; 7 when nothing has ended it in time.
+int runLoop(int milliseconds = 10000)
+{
+    QTimer timeout;
+    QObject::connect(&timeout, &QTimer::timeout, [] { QCoreApplication::exit(7); });
+    timeout.start(milliseconds);
+    return QApplication::exec();
+}
+
 } // namespace
 
 class SessionEndTest : public QObject
@@ -52,6 +61,8 @@ class SessionEndTest : public QObject
     Q_OBJECT
 
 private slots:
+    /// Requests that came after the end of a loop are forgotten.
+    void init() { QCoreApplication::processEvents(); }
     void sessionEndsTheLoop();
     void systemWaitsForTheTearDown();
     void sessionThatGoesOnChangesNothing();
@@ -66,8 +77,7 @@ void SessionEndTest::sessionEndsTheLoop()
     std::optional<SessionEnd> end(std::in_place);
     std::future<LRESULT> told;
     QTimer::singleShot(20, this, [&] { told = tellSessionEnds(true); });
-    QTimer::singleShot(10000, this, [] { QCoreApplication::exit(7); });
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(runLoop(), 0);
     end.reset();
     QCOMPARE(told.get(), LRESULT{TRUE});
 }
@@ -76,7 +86,7 @@ void SessionEndTest::systemWaitsForTheTearDown()
 {
     std::optional<SessionEnd> end(std::in_place);
     auto told = tellSessionEnds(true);
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(runLoop(), 0);
     QCOMPARE(told.wait_for(500ms), std::future_status::timeout);
     end.reset();
     QCOMPARE(told.wait_for(5s), std::future_status::ready);
@@ -87,8 +97,7 @@ void SessionEndTest::sessionThatGoesOnChangesNothing()
     const SessionEnd end;
     std::future<LRESULT> told;
     QTimer::singleShot(0, this, [&] { told = tellSessionEnds(false); });
-    QTimer::singleShot(300, this, [] { QCoreApplication::exit(7); });
-    QCOMPARE(QApplication::exec(), 7);
+    QCOMPARE(runLoop(300), 7);
     QCOMPARE(told.get(), LRESULT{TRUE});
 }
 
@@ -124,8 +133,7 @@ void SessionEndTest::closingTheWindowChangesNothing()
     const SessionEnd end;
     SendMessageW(listeningWindow(), WM_CLOSE, 0, 0);
     QVERIFY(listeningWindow() != nullptr);
-    QTimer::singleShot(100, this, [] { QCoreApplication::exit(7); });
-    QCOMPARE(QApplication::exec(), 7);
+    QCOMPARE(runLoop(100), 7);
 }
 
 void SessionEndTest::windowsOfQtLeadToTheSameEnd()
@@ -143,8 +151,7 @@ void SessionEndTest::windowsOfQtLeadToTheSameEnd()
             ends = filtered(WM_ENDSESSION, TRUE);
         });
     });
-    QTimer::singleShot(10000, this, [] { QCoreApplication::exit(7); });
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(runLoop(), 0);
     QCOMPARE(query, qintptr{TRUE});
     QCOMPARE(goesOn, qintptr{0});
     QCOMPARE(ends, qintptr{0});
