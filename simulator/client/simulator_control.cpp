@@ -7,7 +7,7 @@
 namespace {
 
 constexpr std::uint32_t mixerCode = 0xFFDC2040;
-constexpr std::size_t answerBytes = 128 * 1024;
+constexpr std::size_t answerBytes = 131072;
 /// For an answer that is shorter than what it should hold.
 constexpr std::uint32_t notEnough = SIM_ERROR_INSUFFICIENT_BUFFER;
 
