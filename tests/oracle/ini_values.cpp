@@ -1,0 +1,102 @@
+#include "oracle/ini_values.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <optional>
+
+namespace Oracle {
+
+namespace {
+
+std::string_view trimmed(std::string_view text)
+{
+    const auto blank = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
+    while (!text.empty() && blank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && blank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+/// The text behind a key; none for a key that is not there or says so itself.
+std::optional<std::string> storedText(const IniFile& file, const std::string& key)
+{
+    const auto found = file.find(key);
+    if (found == file.end() || found->second == "@Invalid()")
+        return std::nullopt;
+    std::string_view raw = found->second;
+    if (raw.size() >= 2 && raw.front() == '"' && raw.back() == '"') {
+        raw = raw.substr(1, raw.size() - 2);
+    } else if (raw.find(',') != std::string_view::npos) {
+        return std::string(); // A list is no text.
+    }
+    if (raw.starts_with("@ByteArray(") && raw.ends_with(")"))
+        raw = raw.substr(11, raw.size() - 12);
+    return std::string(raw);
+}
+
+bool isNonZeroNumber(std::string_view text)
+{
+    text = trimmed(text);
+    double number = 0;
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && number != 0;
+}
+
+} // namespace
+
+IniFile parseIni(std::string_view text)
+{
+    IniFile file;
+    std::string section;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = trimmed(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::size_t equals = line.find('=');
+        if (line.starts_with('[') && line.ends_with(']')) {
+            section = line.substr(1, line.size() - 2);
+        } else if (equals != std::string_view::npos && !line.starts_with(';')) {
+            const std::string key = section + '/' + std::string(trimmed(line.substr(0, equals)));
+            file[key] = trimmed(line.substr(equals + 1));
+        }
+    }
+    return file;
+}
+
+bool parseInt(std::string_view text, int& number)
+{
+    text = trimmed(text);
+    if (text.starts_with('+') && text.size() > 1 && std::isdigit(text[1]) != 0)
+        text.remove_prefix(1);
+    int parsed = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+    if (error != std::errc() || end != text.data() + text.size())
+        return false;
+    number = parsed;
+    return true;
+}
+
+int knobValue(const IniFile& file, const std::string& key, int missing)
+{
+    int number = missing;
+    if (const auto text = storedText(file, key))
+        parseInt(*text, number);
+    return number;
+}
+
+bool buttonValue(const IniFile& file, const std::string& key)
+{
+    const std::string text = storedText(file, key).value_or("");
+    return text == "true" || isNonZeroNumber(text);
+}
+
+std::string textValue(const IniFile& file, const std::string& key, const std::string& missing)
+{
+    return storedText(file, key).value_or(missing);
+}
+
+} // namespace Oracle

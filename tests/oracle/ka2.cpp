@@ -1,0 +1,199 @@
+#include "oracle/driver.h"
+#include "oracle/panel.h"
+#include "oracle/text.h"
+
+namespace Oracle::Ka2 {
+
+using namespace PanelParts;
+
+namespace {
+
+constexpr KnobSpec gains[] = {{"Dial/Mic1Value", 0, 56, 0, 9}, {"Dial/Mic2Value", 0, 56, 0, 9}};
+constexpr KnobSpec speaker{"Dial/SpeakerValue", -80, 6, -80, 0};
+constexpr KnobSpec headphone{"Dial/HeadphoneValue", -80, 6, -80, 0};
+constexpr KnobSpec phoneToHp{"Dial/OtgToHpValue", -80, 6, 0, 0};
+constexpr KnobSpec phoneToSp{"Dial/OtgToSPValue", -80, 6, 0, 0};
+
+constexpr const char* pads[] = {"Button/Mic120dBIsChecked", "Button/Mic220dBIsChecked"};
+constexpr const char* phantoms[] = {"Button/Mic148VIsChecked", "Button/Mic248VIsChecked"};
+constexpr const char* directs[] = {"Button/MonitorMic1IsChecked", "Button/MonitorMic2IsChecked"};
+constexpr const char* speakerMute = "Button/SpeakerMuteIsChecked";
+constexpr const char* speakerDim = "Button/SpeakerDimIsChecked";
+constexpr const char* headphoneMute = "Button/HeadphoneMuteIsChecked";
+constexpr const char* headphoneDim = "Button/HeadphoneDimIsChecked";
+
+void saveState(World& world)
+{
+    world.debug("控件状态已保存到配置文件");
+}
+
+int valueOf(const World& world, const KnobSpec& knob)
+{
+    return world.panel->knobs.at(knob.key).value;
+}
+
+void sendSpeaker(World& world, int value)
+{
+    Panel& panel = *world.panel;
+    world.debug(Text::line("Speaker Knob value changed:", static_cast<long long>(value)));
+    const int decibels = level(panel.outputs["speaker"], value);
+    setCells(panel, {8192, 8193}, Driver::gain(decibels));
+    if (sendMixer(world))
+        world.debug(Text::line("Speaker volume set to:", static_cast<long long>(decibels)));
+    else
+        world.debug("Failed to set speaker volume.");
+    storeKnob(world, speaker.key);
+    saveState(world);
+}
+
+void sendHeadphone(World& world, int value)
+{
+    Panel& panel = *world.panel;
+    world.debug(Text::line("Headphone Knob value changed:", static_cast<long long>(value)));
+    const int decibels = level(panel.outputs["headphone"], value);
+    setCells(panel, {8196, 8197}, Driver::gain(decibels));
+    if (sendMixer(world))
+        world.debug(Text::line("Headphone volume set to:", static_cast<long long>(decibels)));
+    else
+        world.debug("Failed to set headphone volume.");
+    storeKnob(world, headphone.key);
+    saveState(world);
+}
+
+void sendPhone(World& world, const KnobSpec& knob, int value)
+{
+    const bool toSpeaker = &knob == &phoneToSp;
+    const double linear = Driver::gain(value);
+    if (toSpeaker)
+        setCells(*world.panel, {2050, 2083}, linear);
+    else
+        setCells(*world.panel, {2178, 2211}, linear);
+    if (!sendMixer(world))
+        world.debug("Failed to set OTG to HP volume.");
+    else if (toSpeaker)
+        world.debug(Text::line("OTG to SP volume set to:", linear));
+    else
+        world.debug(Text::line("OTG to HP volume set to:", linear));
+    storeKnob(world, knob.key);
+    saveState(world);
+}
+
+void switchMic(World& world, int channel, const std::string& key, bool on)
+{
+    const auto index = static_cast<std::size_t>(channel - 1);
+    const Device& device = world.panel->device;
+    if (key == pads[index]) {
+        world.debug(Text::lineTruth("Mic 20dB Button Clicked", on));
+        Driver::setMic20dB(world, device, channel, on);
+        world.debug("Mic 20dB switched for channel 1.");
+    } else if (key == phantoms[index]) {
+        world.debug(Text::lineTruth("Mic 48V Button Clicked", on));
+        Driver::setMic48V(world, device, channel, on);
+        world.debug("Mic 48V switched for channel 1.");
+    } else if (key == directs[index]) {
+        const double gain = on ? 1.0 : 0.0;
+        setCells(*world.panel, {2048 + index, 2080 + index, 2176 + index, 2208 + index}, gain);
+        if (sendMixer(world))
+            world.debug(Text::lineTruth("Monitor Mic set to:", on));
+        else
+            world.debug("Failed to set Monitor Mic.");
+    }
+}
+
+void switchOutput(World& world, const std::string& key, bool on)
+{
+    Panel& panel = *world.panel;
+    if (key == speakerMute) {
+        panel.outputs["speaker"].muted = on;
+        sendSpeaker(world, on ? -80 : valueOf(world, speaker));
+        world.debug(std::string("Speaker Mute Button Clicked: Mute ") + (on ? "ON" : "OFF"));
+    } else if (key == speakerDim) {
+        panel.outputs["speaker"].dimmed = on;
+        sendSpeaker(world, valueOf(world, speaker));
+    } else if (key == headphoneMute) {
+        panel.outputs["headphone"].muted = on;
+        sendHeadphone(world, valueOf(world, headphone));
+    } else if (key == headphoneDim) {
+        panel.outputs["headphone"].dimmed = on;
+        sendHeadphone(world, valueOf(world, headphone));
+    }
+}
+
+void addControls(Panel& panel)
+{
+    for (const KnobSpec& knob : {gains[0], gains[1], speaker, headphone, phoneToHp, phoneToSp})
+        addKnob(panel, knob);
+    for (const std::size_t mic : {0U, 1U}) {
+        addButton(panel, {pads[mic], "20dB", "#ff7f00"});
+        addButton(panel, {phantoms[mic], "48V", "#ff1111"});
+        addButton(panel, {directs[mic], "DIRECT", "#00FFFF"});
+    }
+    addButton(panel, {speakerMute, "MUTE", "#00FFFF"});
+    addButton(panel, {speakerDim, "DIM", "#00FFFF"});
+    addButton(panel, {headphoneMute, "MUTE", "#00FFFF"});
+    addButton(panel, {headphoneDim, "DIM", "#00FFFF"});
+}
+
+} // namespace
+
+void build(World& world)
+{
+    if (!openDevice(world, {1, 2, 5, 6}))
+        return;
+    addControls(*world.panel);
+    unityOutputs(*world.panel);
+    startReadOuts(world, 4);
+    for (const char* key : {pads[0], phantoms[0], directs[0]})
+        restoreButton(world, key);
+    restoreKnob(world, gains[0]);
+    restoreKnob(world, gains[1]);
+    for (const char* key : {pads[1], phantoms[1], directs[1]})
+        restoreButton(world, key);
+    restoreKnob(world, speaker);
+    restoreButton(world, speakerMute);
+    restoreButton(world, speakerDim);
+    restoreKnob(world, headphone);
+    restoreButton(world, headphoneMute);
+    restoreButton(world, headphoneDim);
+    restoreKnob(world, phoneToHp);
+    restoreKnob(world, phoneToSp);
+    world.debug("已从配置文件加载控件状态");
+}
+
+void knob(World& world, const std::string& key, int value)
+{
+    for (const int channel : {1, 2}) {
+        const KnobSpec& gain = gains[channel - 1];
+        if (key != gain.key)
+            continue;
+        Driver::setMicVolume(world, world.panel->device, channel, value * 2);
+        world.debug(Text::line("Mic volume set to:", static_cast<long long>(value)));
+        storeKnob(world, gain.key);
+        saveState(world);
+    }
+    if (key == speaker.key)
+        sendSpeaker(world, value);
+    else if (key == headphone.key)
+        sendHeadphone(world, value);
+    else if (key == phoneToHp.key)
+        sendPhone(world, phoneToHp, value);
+    else if (key == phoneToSp.key)
+        sendPhone(world, phoneToSp, value);
+}
+
+void button(World& world, const std::string& key, bool on)
+{
+    switchMic(world, 1, key, on);
+    switchMic(world, 2, key, on);
+    switchOutput(world, key, on);
+    storeButton(world, key.c_str());
+    saveState(world);
+}
+
+void readOuts(Panel& panel)
+{
+    const std::string phone = Text::level(phoneSample(panel));
+    panel.readOuts = {Text::level(panel.levels[0]), Text::level(panel.levels[1]), phone, phone};
+}
+
+} // namespace Oracle::Ka2

@@ -1,0 +1,125 @@
+#include "oracle/main_window.h"
+
+#include "oracle/codes.h"
+#include "oracle/driver.h"
+#include "oracle/panel.h"
+#include "oracle/settings.h"
+#include "oracle/text.h"
+
+namespace Oracle::MainWindow {
+
+namespace {
+
+void clearLayout(World& world)
+{
+    world.window.labels.clear();
+    world.panel.reset();
+    world.time.stop(Timer::readOuts);
+}
+
+void watch(World& world)
+{
+    world.window.meterDevice = Device();
+    Driver::open(world, *world.window.meterDevice);
+    world.time.start(Timer::productId, 400);
+}
+
+/// False when the product id is none of the three.
+bool modelOf(std::uint32_t productId, Model& model)
+{
+    if (productId != 1 && productId != 2 && productId != 15)
+        return false;
+    model = productId == 1 ? Model::ka1 : productId == 2 ? Model::ka2 : Model::ks;
+    return true;
+}
+
+std::string titleOf(Model model, const std::array<std::uint8_t, 10>& version)
+{
+    std::string name = nameOf(model);
+    for (char& letter : name) {
+        if (letter >= 'a' && letter <= 'z')
+            letter = static_cast<char>(letter - 'a' + 'A');
+    }
+    std::string title = "Quorvel " + name + " - FW: ";
+    for (const std::uint8_t byte : version)
+        title += Text::latin1(byte);
+    return title;
+}
+
+void showModel(World& world, Model model, const Device& local)
+{
+    Settings::refreshFromDevice(world);
+    buildPanel(world, model);
+    world.debug("Adding " + nameOf(model) + " widget to layout.");
+    std::array<std::uint8_t, 10> version{};
+    if (!Driver::readFirmware(world, local, version)) {
+        world.debug("Failed to get firmware version.");
+        world.window.labels = {"获取固件版本失败，请检查连接！"};
+        return;
+    }
+    world.window.title = titleOf(model, version);
+    world.debug(
+        Text::line("Device found with PID:", static_cast<long long>(world.window.productId)));
+    world.time.stop(Timer::detection);
+    watch(world);
+}
+
+} // namespace
+
+void create(World& world)
+{
+    world.window = Window();
+    world.window.labels = {"声卡未连接！"};
+    world.panel.reset();
+    world.time.start(Timer::detection, 1000);
+}
+
+void detectDevice(World& world)
+{
+    Window& window = world.window;
+    Device local;
+    Driver::open(world, local);
+    Driver::read(world, local, Code::readProductId, window.productId);
+    const auto number = static_cast<long long>(window.productId);
+    world.debug(Text::line("Device PID:", number));
+    if (window.productId == 0)
+        return;
+    clearLayout(world);
+    Model model = Model::ka1;
+    if (!modelOf(window.productId, model)) {
+        world.debug(Text::line("Unknown device PID:", number));
+        window.labels = {"未知设备，请检查连接！"};
+        return;
+    }
+    if (!Settings::connectDevice(world)) {
+        world.debug("Failed to connect to driver in settings window.");
+        watch(world);
+        return;
+    }
+    showModel(world, model, local);
+}
+
+void checkProductId(World& world)
+{
+    Window& window = world.window;
+    if (window.meterDevice &&
+        Driver::read(world, *window.meterDevice, Code::readProductId, window.productId)) {
+        window.errorCount = 0;
+        return;
+    }
+    ++window.errorCount;
+    world.debug(Text::line("Error reading device PID from driver, error count:",
+                           static_cast<long long>(window.errorCount)));
+    if (window.errorCount <= 2)
+        return;
+    world.time.stop(Timer::productId);
+    window.meterDevice.reset();
+    world.debug("Meter driver handle deleted.");
+    window.productId = 0;
+    clearLayout(world);
+    world.debug("Cleared all widgets from base layout.");
+    world.time.start(Timer::detection, 1000);
+    window.labels = {"声卡未连接！"};
+}
+
+} // namespace Oracle::MainWindow

@@ -1,0 +1,61 @@
+#include "oracle/oracle.h"
+
+#include "oracle/driver.h"
+#include "oracle/ini_values.h"
+#include "oracle/input.h"
+#include "oracle/main_window.h"
+#include "oracle/panel.h"
+#include "oracle/pipe.h"
+#include "oracle/settings.h"
+#include "oracle/shell.h"
+#include "oracle/surroundings.h"
+#include "oracle/text.h"
+
+namespace Oracle {
+
+namespace {
+
+void fire(World& world, Timer timer)
+{
+    switch (timer) {
+    case Timer::usbErrors:
+        return Settings::updateUsbErrors(world);
+    case Timer::detection:
+        return MainWindow::detectDevice(world);
+    case Timer::productId:
+        return MainWindow::checkProductId(world);
+    case Timer::readOuts:
+        return updateReadOuts(world);
+    case Timer::otgOffThenInit:
+        return Settings::otgOffThenInit(world);
+    case Timer::initAfterOtg:
+        return Settings::initAfterOtg(world);
+    case Timer::otgOffThenOn:
+        return Settings::otgOffThenOn(world);
+    case Timer::otgOnAfterRateChange:
+        return Settings::otgOnAfterRateChange(world);
+    }
+}
+
+void wait(World& world, long long milliseconds)
+{
+    const long long until = world.time.now() + milliseconds;
+    Timer timer = Timer::usbErrors;
+    while (world.time.takeDue(until, timer))
+        fire(world, timer);
+    world.time.reach(until);
+}
+
+} // namespace
+
+void step(World& world, const Action& action)
+{
+    world.events.clear();
+    world.threadLines.clear();
+    if (action.verb == "wait")
+        wait(world, action.number(0));
+    else if (!Input::apply(world, action) && !Shell::apply(world, action))
+        Surroundings::apply(world, action);
+}
+
+} // namespace Oracle

@@ -1,0 +1,85 @@
+#include "oracle/oracle.h"
+#include "oracle/panel.h"
+
+#include <algorithm>
+
+namespace Oracle {
+
+namespace {
+
+std::string truth(bool value)
+{
+    return value ? "yes" : "no";
+}
+
+void addPanel(const Panel& panel, std::vector<std::string>& lines)
+{
+    lines.push_back("panel " + nameOf(panel.model));
+    for (const auto& [key, knob] : panel.knobs)
+        lines.push_back("knob " + key + ' ' + knob.shown());
+    for (const auto& [key, button] : panel.buttons) {
+        lines.push_back("button " + key + ' ' + button.caption + ' ' +
+                        (button.on ? button.accent + " lit" : "#8a95aa dark"));
+    }
+    for (const std::string& readOut : panel.readOuts)
+        lines.push_back("level " + readOut);
+    if (panel.editor) {
+        lines.push_back("editor " + panel.editor->key + ' ' + panel.editor->text +
+                        (panel.editor->allSelected ? " selected" : ""));
+    }
+}
+
+} // namespace
+
+std::vector<std::string> screen(const World& world)
+{
+    if (!world.running)
+        return {};
+    const Window& window = world.window;
+    std::vector<std::string> lines{"window shown " + truth(window.visible),
+                                   "title " + window.title};
+    if (world.panel)
+        addPanel(*world.panel, lines);
+    for (const std::string& label : window.labels)
+        lines.push_back("label " + label);
+    const Dialog& dialog = world.dialog;
+    lines.push_back("dialog shown " + truth(dialog.visible) + " minimised " +
+                    truth(dialog.minimised) + " on top " + truth(dialog.onTop));
+    for (const Combo& combo : dialog.combos)
+        lines.push_back("combo " + combo.text());
+    lines.push_back("usb " + dialog.usbLine);
+    return lines;
+}
+
+std::vector<std::string> storage(const World& world)
+{
+    std::vector<std::string> lines;
+    for (const auto& [name, file] : world.files) {
+        for (const auto& [key, value] : file)
+            lines.push_back(name + ' ' + key + '=' + value);
+    }
+    return lines;
+}
+
+std::string situation(const World& world)
+{
+    if (!world.running)
+        return "ended";
+    const Timeline& time = world.time;
+    std::string text = world.panel ? nameOf(world.panel->model) : "none";
+    if (world.panel && !world.panel->hasControls)
+        text += " empty";
+    for (const std::string& label : world.window.labels)
+        text += ' ' + label;
+    text += " window " + truth(world.window.visible) + " dialog " + truth(world.dialog.visible);
+    text += " connected " + truth(world.dialog.device && world.dialog.device->isOpen());
+    text += " errors " + std::to_string(std::min(world.window.errorCount, 3U));
+    text += " editor " + truth(world.panel && world.panel->editor);
+    for (const Timer timer :
+         {Timer::detection, Timer::productId, Timer::otgOffThenInit, Timer::initAfterOtg,
+          Timer::otgOffThenOn, Timer::otgOnAfterRateChange})
+        text += time.isActive(timer) ? '1' : '0';
+    return text;
+}
+
+} // namespace Oracle
