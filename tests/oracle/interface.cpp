@@ -50,7 +50,7 @@ std::uint32_t Interface::open(int wantedBus)
     if (!plugged || wantedBus != bus)
         return fileNotFound;
     if (opensToFail != 0) {
-        if (opensToFail != Fault::forever)
+        if (opensToFail != Fault::always)
             --opensToFail;
         return openError;
     }
@@ -90,7 +90,7 @@ Interface::Fate Interface::takeFaults(std::uint32_t code)
             fate.delayMs = static_cast<int>(fault.value);
         else
             fate.largestAnswer = fault.value;
-        if (fault.count != Fault::forever)
+        if (fault.count != Fault::always)
             --fault.count;
     }
     std::erase_if(faults, [](const Fault& fault) { return fault.count == 0; });

@@ -29,11 +29,11 @@ struct Fault
     enum class Kind { fail, delay, shorten };
     Kind kind = Kind::fail;
     std::uint32_t code = 0;
-    int count = 0; ///< `forever` for all that follow
+    int count = 0; ///< `always` for all that follow
     int skip = 0;
     std::uint32_t value = 0; ///< error number, milliseconds or bytes
 
-    static constexpr int forever = -1;
+    static constexpr int always = -1;
 };
 
 /// The attached interface together with its driver: what they answer, and what can befall them.

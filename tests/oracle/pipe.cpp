@@ -68,7 +68,7 @@ void sendReset(World& world)
         return;
     }
     world.debug("Pipe opened successfully.");
-    world.events.emplace_back("reset pipe: 31");
+    world.events.emplace_back("reset pipe: 49");
     if (world.resetPipe == ResetPipe::serves)
         world.debug("ASIO reset signal sent successfully.");
     else

@@ -10,7 +10,7 @@ namespace {
 
 int count(const Action& action, std::size_t index)
 {
-    return action.at(index) == "always" ? Fault::forever : static_cast<int>(action.number(index));
+    return action.at(index) == "always" ? Fault::always : static_cast<int>(action.number(index));
 }
 
 std::uint32_t number(const Action& action, std::size_t index)

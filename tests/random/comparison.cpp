@@ -1,0 +1,93 @@
+#include "random/comparison.h"
+
+#include "oracle/oracle.h"
+#include "random/program.h"
+#include "random/record.h"
+#include "random/virtual_platform.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+using Oracle::Action;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Empty when the two are the same; else what is expected and what is there from the first line on
+/// in which they differ.
+std::string difference(const char* what, const Lines& expected, const Lines& actual)
+{
+    const auto [left, right] = std::ranges::mismatch(expected, actual);
+    if (left == expected.end() && right == actual.end())
+        return {};
+    constexpr std::ptrdiff_t most = 6;
+    std::string text = std::string("  ") + what + ", after " +
+                       std::to_string(left - expected.begin()) + " that agree\n";
+    for (auto line = left; line != expected.end() && line - left < most; ++line)
+        text += "    expected " + *line + '\n';
+    for (auto line = right; line != actual.end() && line - right < most; ++line)
+        text += "    actual   " + *line + '\n';
+    return text;
+}
+
+std::string differences(const Oracle::World& world, const Program& program)
+{
+    return difference("events", world.events, Record::takeEvents()) +
+           difference("lines of the thread", world.threadLines, Record::takeThreadLines()) +
+           difference("screen", Oracle::screen(world), program.screen()) +
+           difference("files", Oracle::storage(world), Program::storage());
+}
+
+} // namespace
+
+std::optional<Difference> compare(const std::vector<Action>& sequence, Coverage& coverage)
+{
+    QDir(Program::folder()).removeRecursively();
+    VirtualPlatform::reset();
+    Oracle::World world;
+    Program program;
+    Record::takeEvents();
+    Record::takeThreadLines();
+    ++coverage.sequences;
+    for (std::size_t i = 0; i < sequence.size(); ++i) {
+        ++coverage.actions;
+        coverage.pairs.insert(Oracle::situation(world) + " / " + sequence[i].verb);
+        Oracle::step(world, sequence[i]);
+        program.perform(sequence[i]);
+        const std::string report = differences(world, program);
+        if (!report.empty())
+            return Difference{i, "  action " + toText(sequence[i]) + '\n' + report};
+    }
+    return std::nullopt;
+}
+
+std::vector<Action> shortened(std::vector<Action> sequence)
+{
+    Coverage ignored;
+    const auto parts = [&](const std::vector<Action>& candidate) {
+        const auto difference = compare(candidate, ignored);
+        return difference ? difference->action + 1 : 0;
+    };
+    sequence.resize(parts(sequence));
+    for (std::size_t length = sequence.size() / 2; length > 0;) {
+        bool shorter = false;
+        for (std::size_t first = 0; first + length <= sequence.size();) {
+            std::vector<Action> candidate = sequence;
+            const auto begin = candidate.begin() + static_cast<std::ptrdiff_t>(first);
+            candidate.erase(begin, begin + static_cast<std::ptrdiff_t>(length));
+            const std::size_t needed = parts(candidate);
+            if (needed == 0) {
+                first += length;
+                continue;
+            }
+            candidate.resize(needed);
+            sequence = candidate;
+            shorter = true;
+        }
+        if (!shorter || length > 1)
+            length /= 2;
+    }
+    return sequence;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "oracle/action.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// Where the program and the oracle part.
+struct Difference
+{
+    std::size_t action = 0; ///< its position in the sequence
+    std::string report;
+};
+
+/// What a run has seen besides.
+struct Coverage
+{
+    long long sequences = 0;
+    long long actions = 0;
+    std::set<std::string> pairs; ///< situation and verb
+};
+
+/// Runs the sequence on a program of its own, from its start to its end, and compares it with the
+/// oracle after each action.
+std::optional<Difference> compare(const std::vector<Oracle::Action>& sequence, Coverage& coverage);
+
+/// The shortest sequence found that still parts the two.
+std::vector<Oracle::Action> shortened(std::vector<Oracle::Action> sequence);

@@ -1,0 +1,87 @@
+#include "random/hands.h"
+
+#include "random/virtual_time.h"
+
+#include <QApplication>
+#include <QTest>
+#include <QWheelEvent>
+#include <QWindow>
+
+namespace {
+
+QPoint inWindow(const QWidget& target, QPoint position)
+{
+    return target.mapTo(target.window(), position);
+}
+
+QWindow* windowOf(const QWidget& target)
+{
+    return target.window()->windowHandle();
+}
+
+QWidget* focusOf(QWidget& window)
+{
+    return window.focusWidget() != nullptr ? window.focusWidget() : &window;
+}
+
+void settle()
+{
+    VirtualTime::instance().settle();
+}
+
+} // namespace
+
+void Hands::activate(QWidget& window)
+{
+    if (!window.isActiveWindow())
+        window.activateWindow();
+    settle();
+}
+
+void Hands::click(QWidget& target, QPoint position)
+{
+    QTest::mouseClick(windowOf(target), Qt::LeftButton, {}, inWindow(target, position));
+    settle();
+}
+
+void Hands::doubleClick(QWidget& target, QPoint position)
+{
+    QTest::mouseDClick(windowOf(target), Qt::LeftButton, {}, inWindow(target, position));
+    settle();
+}
+
+void Hands::drag(QWidget& target, const std::vector<QPoint>& positions,
+                 Qt::KeyboardModifiers modifiers)
+{
+    QWindow* const window = windowOf(target);
+    QTest::mousePress(window, Qt::LeftButton, modifiers, inWindow(target, positions.front()));
+    for (std::size_t i = 1; i < positions.size(); ++i)
+        QTest::mouseMove(window, inWindow(target, positions[i]));
+    QTest::mouseRelease(window, Qt::LeftButton, modifiers, inWindow(target, positions.back()));
+    settle();
+}
+
+void Hands::wheel(QWidget& target, QPoint angleDelta)
+{
+    const QPoint position = inWindow(target, target.rect().center());
+    QWidget* const window = target.window();
+    QWheelEvent event(position, window->mapToGlobal(position), {}, angleDelta, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(window->windowHandle(), &event);
+    settle();
+}
+
+void Hands::type(QWidget& window, const QString& text)
+{
+    for (const QChar letter : text) {
+        QTest::sendKeyEvent(QTest::Click, focusOf(window), Qt::Key_unknown, QString(letter),
+                            Qt::NoModifier);
+    }
+    settle();
+}
+
+void Hands::key(QWidget& window, Qt::Key key)
+{
+    QTest::keyClick(focusOf(window), key);
+    settle();
+}

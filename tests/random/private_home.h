@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QTemporaryDir>
+
+/// Folders of this process' own for its settings, its temporary files and its programs, removed at
+/// the end; and the off-screen platform. Before the application object.
+class PrivateHome
+{
+public:
+    PrivateHome();
+
+private:
+    void pointTo(const char* variable, const QString& folder) const;
+    void addCommandInterpreter() const;
+
+    QTemporaryDir home;
+};
