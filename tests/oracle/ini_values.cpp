@@ -19,11 +19,11 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// The text behind a key; none for a key that is not there or says so itself.
+/// The text behind a key; none for a key that is not there, empty for a list.
 std::optional<std::string> storedText(const IniFile& file, const std::string& key)
 {
     const auto found = file.find(key);
-    if (found == file.end() || found->second == "@Invalid()")
+    if (found == file.end())
         return std::nullopt;
     std::string_view raw = found->second;
     if (raw.size() >= 2 && raw.front() == '"' && raw.back() == '"') {
@@ -31,19 +31,15 @@ std::optional<std::string> storedText(const IniFile& file, const std::string& ke
     } else if (raw.find(',') != std::string_view::npos) {
         return std::string(); // A list is no text.
     }
-    if (raw.starts_with("@ByteArray(") && raw.ends_with(")"))
-        raw = raw.substr(11, raw.size() - 12);
     return std::string(raw);
 }
 
-bool isNonZeroNumber(std::string_view text)
+bool isTrue(std::string_view text)
 {
-    text = trimmed(text);
-    double number = 0;
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number != 0;
+    constexpr std::string_view word = "true";
+    return std::ranges::equal(text, word, [](char letter, char expected) {
+        return std::tolower(static_cast<unsigned char>(letter)) == expected;
+    });
 }
 
 } // namespace
@@ -91,7 +87,8 @@ int knobValue(const IniFile& file, const std::string& key, int missing)
 bool buttonValue(const IniFile& file, const std::string& key)
 {
     const std::string text = storedText(file, key).value_or("");
-    return text == "true" || isNonZeroNumber(text);
+    int number = 0;
+    return isTrue(text) || (parseInt(text, number) && number != 0);
 }
 
 std::string textValue(const IniFile& file, const std::string& key, const std::string& missing)

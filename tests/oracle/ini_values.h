@@ -14,7 +14,7 @@ IniFile parseIni(std::string_view text);
 /// What a stored text means for a knob: an integer in decimal, else `missing`.
 int knobValue(const IniFile& file, const std::string& key, int missing);
 
-/// What a stored text means for a button: on when it is "true" or a number other than zero.
+/// What a stored text means for a button: on when it is "true" or an integer other than zero.
 bool buttonValue(const IniFile& file, const std::string& key);
 
 /// A stored text of the dialog as it is shown.

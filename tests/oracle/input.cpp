@@ -11,16 +11,18 @@ namespace Oracle::Input {
 
 namespace {
 
+Editor editorOn(const std::string& key, const Knob& knob)
+{
+    return {key, std::to_string(knob.value + knob.offset), true, knob.value};
+}
+
 /// The knob is what the user sees; an open editor shows each new value at once.
 void announce(World& world, const std::string& key)
 {
     Panel& panel = *world.panel;
-    if (panel.editor && panel.editor->key == key) {
-        const Knob& knob = panel.knobs.at(key);
-        panel.editor->text = std::to_string(knob.value + knob.offset);
-        panel.editor->allSelected = true;
-        panel.editor->edited = false;
-    }
+    const Knob& knob = panel.knobs.at(key);
+    if (panel.editor && panel.editor->key == key && panel.editor->value != knob.value)
+        panel.editor = editorOn(key, knob);
     knobAnnounces(world, key);
 }
 
@@ -99,8 +101,7 @@ void doubleClick(World& world, const std::string& key, bool onText)
         toMinimum(world, key);
         return;
     }
-    const Knob& knob = panel.knobs.at(key);
-    panel.editor = Editor{key, std::to_string(knob.value + knob.offset), true, false};
+    panel.editor = editorOn(key, panel.knobs.at(key));
 }
 
 void type(World& world, const std::string& text)
@@ -110,7 +111,6 @@ void type(World& world, const std::string& text)
         return;
     editor->text = editor->allSelected ? text : editor->text + text;
     editor->allSelected = false;
-    editor->edited = true;
 }
 
 void erase(Editor& editor)
@@ -120,7 +120,6 @@ void erase(Editor& editor)
     else if (!editor.text.empty())
         editor.text.pop_back();
     editor.allSelected = false;
-    editor.edited = true;
 }
 
 void key(World& world, const std::string& name)
@@ -128,10 +127,10 @@ void key(World& world, const std::string& name)
     auto& editor = world.panel->editor;
     if (!editor)
         return;
-    if (name == "enter")
+    if (name == "enter" || name == "tab")
         finishEdit(world);
-    else if (name == "tab")
-        leaveEditor(world);
+    else if (name == "escape")
+        editor.reset();
     else if (name == "backspace")
         erase(*editor);
 }
@@ -168,9 +167,7 @@ void onButton(World& world, const Action& action)
 
 void leaveEditor(World& world)
 {
-    if (!world.panel || !world.panel->editor)
-        return;
-    if (world.panel->editor->edited)
+    if (world.panel)
         finishEdit(world);
 }
 

@@ -10,7 +10,7 @@ namespace Oracle::Input {
 /// nothing.
 bool apply(World& world, const Action& action);
 
-/// The focus leaves an open editor for something else than a click: what was typed counts.
+/// The user turns away from an open editor: what was typed counts.
 void leaveEditor(World& world);
 
 } // namespace Oracle::Input

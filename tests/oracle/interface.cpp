@@ -49,7 +49,9 @@ std::uint32_t Interface::open(int wantedBus)
 {
     if (!plugged || wantedBus != bus)
         return fileNotFound;
-    if (opensToFail != 0) {
+    if (opensToFail != 0 && opensToPass > 0) {
+        --opensToPass;
+    } else if (opensToFail != 0) {
         if (opensToFail != Fault::always)
             --opensToFail;
         return openError;
@@ -58,8 +60,9 @@ std::uint32_t Interface::open(int wantedBus)
     return 0;
 }
 
-void Interface::failOpens(int count, std::uint32_t error)
+void Interface::failOpens(int count, std::uint32_t error, int skip)
 {
+    opensToPass = skip;
     opensToFail = count;
     openError = error;
 }

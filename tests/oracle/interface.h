@@ -56,8 +56,8 @@ public:
 
     void addFault(const Fault& fault) { faults.push_back(fault); }
     void heal();
-    /// The next `count` opens of a present device fail with `error`.
-    void failOpens(int count, std::uint32_t error);
+    /// Of the opens of a present device, `skip` succeed and then `count` fail with `error`.
+    void failOpens(int count, std::uint32_t error, int skip);
 
     std::uint32_t sampleRate = 44100;
     std::uint32_t bufferSize = 192;
@@ -83,6 +83,7 @@ private:
     int generation = 0;
     std::vector<int> bornAt; ///< each handle's generation; those of an older one are dead
     std::vector<Fault> faults;
+    int opensToPass = 0;
     int opensToFail = 0;
     std::uint32_t openError = 0;
 };

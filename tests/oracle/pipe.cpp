@@ -1,5 +1,7 @@
 #include "oracle/pipe.h"
 
+#include "oracle/input.h"
+
 namespace Oracle::Pipe {
 
 namespace {
@@ -32,6 +34,7 @@ void showDialog(World& world)
     world.dialog.onTop = true;
     world.dialog.minimised = false;
     world.debug("Received signal from pipe thread to show settings window.");
+    Input::leaveEditor(world);
 }
 
 } // namespace

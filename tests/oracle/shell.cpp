@@ -40,6 +40,7 @@ void start(World& world, const std::string& locale)
 void quit(World& world)
 {
     world.events.emplace_back("ended with 0");
+    Input::leaveEditor(world);
     world.debug("Settings dialog closed and resources cleaned up.");
     world.debug("Pipe closed.");
     world.running = false;
@@ -147,10 +148,10 @@ void dialog(World& world, const std::string& what)
         dialog.minimised = true;
 }
 
-/// message BYTES
-void message(World& world, const std::string& bytes)
+void closeWindow(World& world)
 {
-    Pipe::receive(world, bytes);
+    Input::leaveEditor(world);
+    world.window.visible = false;
 }
 
 void setResetPipe(World& world, const std::string& state)
@@ -174,11 +175,11 @@ bool whileRunning(World& world, const Action& action)
     else if (action.verb == "dialog")
         dialog(world, action.at(0));
     else if (action.verb == "message")
-        message(world, action.at(0));
+        Pipe::receive(world, action.at(0));
     else if (action.verb == "nomessage")
         Pipe::receiveNothing(world);
     else if (action.verb == "closewindow")
-        world.window.visible = false;
+        closeWindow(world);
     else
         return false;
     return true;

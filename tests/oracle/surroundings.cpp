@@ -59,7 +59,8 @@ bool apply(Interface& interface, const Action& action)
     else if (action.verb == "fail" || action.verb == "delay" || action.verb == "short")
         addFault(interface, action);
     else if (action.verb == "failopen")
-        interface.failOpens(count(action, 0), number(action, 1));
+        interface.failOpens(count(action, 0), number(action, 1),
+                            static_cast<int>(action.number(2)));
     else if (action.verb == "heal")
         interface.heal();
     else if (action.verb == "levels")

@@ -51,7 +51,7 @@ struct Editor
     std::string key;
     std::string text;
     bool allSelected = true;
-    bool edited = false; ///< since it opened
+    int value = 0; ///< the knob's when it was filled
 };
 
 /// Volume, mute and dim of one output.

@@ -53,6 +53,9 @@ std::optional<Difference> compare(const std::vector<Action>& sequence, Coverage&
     ++coverage.sequences;
     for (std::size_t i = 0; i < sequence.size(); ++i) {
         ++coverage.actions;
+        if (world.running)
+            coverage.recovered = world.panel && world.panel->hasControls &&
+                                 !world.time.isActive(Oracle::Timer::detection);
         coverage.pairs.insert(Oracle::situation(world) + " / " + sequence[i].verb);
         Oracle::step(world, sequence[i]);
         program.perform(sequence[i]);

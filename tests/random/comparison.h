@@ -20,6 +20,8 @@ struct Coverage
     long long sequences = 0;
     long long actions = 0;
     std::set<std::string> pairs; ///< situation and verb
+    /// The last sequence ended, or was about to, with a whole panel at work.
+    bool recovered = false;
 };
 
 /// Runs the sequence on a program of its own, from its start to its end, and compares it with the

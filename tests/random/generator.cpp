@@ -85,7 +85,7 @@ Action Generator::onKnob(const std::string& key)
 Action Generator::inEditor()
 {
     if (chance(45))
-        return {"key", {oneOf({"enter", "enter", "enter", "tab", "backspace"})}};
+        return {"key", {oneOf({"enter", "enter", "enter", "tab", "escape", "backspace"})}};
     return {"type", {anyValue()}};
 }
 
@@ -175,7 +175,8 @@ Action Generator::fault()
     if (way < 35)
         return {"heal", {}};
     if (way < 45)
-        return {"failopen", {oneOf({"1", "2", "3", "always"}), oneOf({"5", "31"})}};
+        return {"failopen",
+                {oneOf({"1", "2", "3", "always"}), oneOf({"5", "31"}), oneOf({"0", "1", "2"})}};
     const std::string kind = way < 75 ? "fail" : way < 90 ? "delay" : "short";
     const std::string value = kind == "fail"    ? oneOf({"1", "31", "1167"})
                               : kind == "delay" ? std::to_string(10 * below(150))

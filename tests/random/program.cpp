@@ -307,8 +307,9 @@ void Program::useKeys(const Oracle::Action& action)
     if (action.verb == "type")
         Hands::type(*window, QString::fromStdString(key));
     else if (action.verb == "key") {
-        Hands::key(*window, key == "enter" ? Qt::Key_Return
-                            : key == "tab" ? Qt::Key_Tab
-                                           : Qt::Key_Backspace);
+        Hands::key(*window, key == "enter"    ? Qt::Key_Return
+                            : key == "tab"    ? Qt::Key_Tab
+                            : key == "escape" ? Qt::Key_Escape
+                                              : Qt::Key_Backspace);
     }
 }

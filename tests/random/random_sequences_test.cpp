@@ -1,20 +1,15 @@
-#include "oracle/oracle.h"
 #include "random/comparison.h"
 #include "random/generator.h"
-#include "random/private_home.h"
-#include "random/record.h"
-#include "random/virtual_time.h"
+#include "random/harness.h"
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 
-// random_sequences_test [--seed N] [--sequences N] [--minutes N] [--length N] [FILE...]
-// Runs the sequences of the files, or made-up ones, and reports where program and oracle part.
+// random_sequences_test [--seed N] [--sequences N] [--minutes N] [--length N] [--quick] [FILE...]
+// Runs the sequences of the files, or made-up ones, and reports where program and oracle part;
+// with --quick it ends at the first such place and does not look for a shorter way there.
 
 namespace {
 
@@ -24,22 +19,9 @@ struct Options
     int sequences = 200;
     int length = 60;
     int minutes = 0; ///< when set, as many sequences as fit
+    bool quick = false;
     QStringList files;
 };
-
-volatile std::uint64_t presentSeed = 0;
-
-/// The last word of a program that died: which seed it died of.
-extern "C" void tellSeed(int signal)
-{
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, "crashed in seed %llu\n",
-                                     static_cast<unsigned long long>(presentSeed));
-    std::fwrite(text, 1, static_cast<std::size_t>(length), stdout);
-    std::fflush(stdout);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
 
 Options parse(const QStringList& arguments)
 {
@@ -48,6 +30,10 @@ Options parse(const QStringList& arguments)
         const QString& name = arguments[i];
         if (!name.startsWith(QLatin1String("--"))) {
             options.files.append(name);
+            continue;
+        }
+        if (name == QLatin1String("--quick")) {
+            options.quick = true;
             continue;
         }
         const auto number = arguments.value(++i).toULongLong();
@@ -102,12 +88,17 @@ int runSeeds(const Options& options, Coverage& coverage)
         if (options.minutes > 0 ? clock.elapsed() >= 60'000LL * options.minutes
                                 : i >= options.sequences)
             break;
-        presentSeed = options.seed + static_cast<std::uint64_t>(i);
-        const auto sequence = makeSequence(presentSeed, options.length);
+        const std::uint64_t seed = options.seed + static_cast<std::uint64_t>(i);
+        noteSeed(seed);
+        const auto sequence = makeSequence(seed, options.length);
         if (const auto difference = compare(sequence, coverage)) {
-            std::printf("seed %llu\n", static_cast<unsigned long long>(presentSeed));
-            report(sequence, *difference);
+            std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
             ++failures;
+            if (options.quick) {
+                std::printf("%s", difference->report.c_str());
+                break;
+            }
+            report(sequence, *difference);
         }
     }
     std::printf("%.1f s: ", static_cast<double>(clock.elapsed()) / 1000);
@@ -118,18 +109,15 @@ int runSeeds(const Options& options, Coverage& coverage)
 
 int main(int argc, char** argv)
 {
-    const PrivateHome home;
-    QCoreApplication::setEventDispatcher(&VirtualTime::instance());
-    QApplication application(argc, argv);
-    for (const int signal : {SIGSEGV, SIGABRT, SIGFPE, SIGBUS})
-        std::signal(signal, tellSeed);
-    Record::begin();
-    const Options options = parse(QCoreApplication::arguments());
-    Coverage coverage;
-    const int failures =
-        options.files.isEmpty() ? runSeeds(options, coverage) : runFiles(options, coverage);
-    Record::end();
-    std::printf("%lld sequences, %lld actions, %zu pairs of situation and action, %d failures\n",
-                coverage.sequences, coverage.actions, coverage.pairs.size(), failures);
-    return failures == 0 ? 0 : 1;
+    return runHarness(argc, argv, [](const QStringList& arguments) {
+        const Options options = parse(arguments);
+        Coverage coverage;
+        const int failures =
+            options.files.isEmpty() ? runSeeds(options, coverage) : runFiles(options, coverage);
+        std::printf("%lld sequences, %lld actions, %zu pairs of situation and action, %d failures
+                    ",
+                    coverage.sequences,
+                    coverage.actions, coverage.pairs.size(), failures);
+        return failures == 0 ? 0 : 1;
+    });
 }
