@@ -79,10 +79,12 @@ void upgrade(World& world)
 void openSoundPanel(World& world, bool works)
 {
     world.events.emplace_back("shell: open control.exe mmsys.cpl 1");
-    if (works)
+    if (works) {
         world.debug("声音设置面板已打开。");
-    else
-        world.events.emplace_back("box: 错误: 无法打开声音设置面板，请检查系统设置。");
+        return;
+    }
+    Input::leaveEditor(world); // The box takes the focus.
+    world.events.emplace_back("box: 错误: 无法打开声音设置面板，请检查系统设置。");
 }
 
 void restartExplorer(World& world, long long exitCode)

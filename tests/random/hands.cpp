@@ -61,9 +61,9 @@ void Hands::drag(QWidget& target, const std::vector<QPoint>& positions,
     settle();
 }
 
-void Hands::wheel(QWidget& target, QPoint angleDelta)
+void Hands::wheel(QWidget& target, QPoint at, QPoint angleDelta)
 {
-    const QPoint position = inWindow(target, target.rect().center());
+    const QPoint position = inWindow(target, at);
     QWidget* const window = target.window();
     QWheelEvent event(position, window->mapToGlobal(position), {}, angleDelta, Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);

@@ -17,7 +17,7 @@ void click(QWidget& target, QPoint position);
 void doubleClick(QWidget& target, QPoint position);
 /// Pressed at the first position, moved to the others, released there.
 void drag(QWidget& target, const std::vector<QPoint>& positions, Qt::KeyboardModifiers modifiers);
-void wheel(QWidget& target, QPoint angleDelta);
+void wheel(QWidget& target, QPoint position, QPoint angleDelta);
 
 /// Keys go to whatever has the focus in the window.
 void type(QWidget& window, const QString& text);

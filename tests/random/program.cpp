@@ -283,9 +283,12 @@ void Program::useKnob(Knob& knob, const Oracle::Action& action)
     const bool editsItself = knob.editor->isVisible();
     if (action.verb == "wheel") {
         const std::string& way = action.at(1);
-        Hands::wheel(knob, way == "up"     ? QPoint(0, 120)
-                           : way == "down" ? QPoint(0, -120)
-                                           : QPoint(120, 0));
+        const QPoint rim(3, knob.height() / 2);
+        const QPoint position = action.at(2) == "text" ? knob.rect().center() : rim;
+        Hands::wheel(knob, position,
+                     way == "up"     ? QPoint(0, 120)
+                     : way == "down" ? QPoint(0, -120)
+                                     : QPoint(120, 0));
     } else if (action.verb == "drag") {
         Hands::drag(knob, positions(action),
                     action.at(1) == "ctrl" ? Qt::ControlModifier : Qt::NoModifier);

@@ -114,10 +114,9 @@ int main(int argc, char** argv)
         Coverage coverage;
         const int failures =
             options.files.isEmpty() ? runSeeds(options, coverage) : runFiles(options, coverage);
-        std::printf("%lld sequences, %lld actions, %zu pairs of situation and action, %d failures
-                    ",
-                    coverage.sequences,
-                    coverage.actions, coverage.pairs.size(), failures);
+        std::printf(
+            "%lld sequences, %lld actions, %zu pairs of situation and action, %d failures\n",
+            coverage.sequences, coverage.actions, coverage.pairs.size(), failures);
         return failures == 0 ? 0 : 1;
     });
 }
