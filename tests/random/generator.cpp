@@ -70,7 +70,7 @@ Action Generator::onKnob(const std::string& key)
 {
     const int way = below(100);
     if (way < 40)
-        return {"wheel", {key, oneOf({"up", "up", "down", "flat"})}};
+        return {"wheel", {key, oneOf({"up", "up", "down", "flat"}), oneOf({"rim", "text"})}};
     if (way < 75)
         return {"doubleclick", {key, oneOf({"text", "text", "rim"})}};
     Action drag{"drag", {key, chance(20) ? "ctrl" : "plain", position()}};

@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
+#include <QtTest/qtestspontaneevent.h>
 
 namespace {
 
@@ -67,7 +68,9 @@ void Hands::wheel(QWidget& target, QPoint at, QPoint angleDelta)
     QWidget* const window = target.window();
     QWheelEvent event(position, window->mapToGlobal(position), {}, angleDelta, Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(window->windowHandle(), &event);
+    // As from outside: what the toolkit takes for the program's own goes to no second widget.
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(window->windowHandle(), &event);
     settle();
 }
 
