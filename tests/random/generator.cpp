@@ -73,7 +73,9 @@ Action Generator::onKnob(const std::string& key)
         return {"wheel", {key, oneOf({"up", "up", "down", "flat"}), oneOf({"rim", "text"})}};
     if (way < 75)
         return {"doubleclick", {key, oneOf({"text", "text", "rim"})}};
-    Action drag{"drag", {key, chance(20) ? "ctrl" : "plain", position()}};
+    // Above the text, which is the editor's place.
+    const std::string start = std::to_string(5 + below(60)) + ',' + std::to_string(5 + below(15));
+    Action drag{"drag", {key, chance(20) ? "ctrl" : "plain", start}};
     for (int moves = below(6); moves > 0; --moves) {
         const std::string next = position();
         if (next != drag.arguments.back())
