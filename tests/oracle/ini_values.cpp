@@ -55,7 +55,7 @@ IniFile parseIni(std::string_view text)
         const std::size_t equals = line.find('=');
         if (line.starts_with('[') && line.ends_with(']')) {
             section = line.substr(1, line.size() - 2);
-        } else if (equals != std::string_view::npos && !line.starts_with(';')) {
+        } else if (equals != std::string_view::npos && equals > 0 && !line.starts_with(';')) {
             const std::string key = section + '/' + std::string(trimmed(line.substr(0, equals)));
             file[key] = trimmed(line.substr(equals + 1));
         }

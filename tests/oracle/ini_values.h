@@ -7,7 +7,8 @@
 
 namespace Oracle {
 
-/// The keys of an INI file's text. Lines that are neither a section nor a key are skipped; of a key
+/// The keys of an INI file's text. Lines that are neither a section nor a key with a
+/// name are skipped; of a key
 /// that stands there twice the last one counts.
 IniFile parseIni(std::string_view text);
 

@@ -8,9 +8,9 @@ using namespace PanelParts;
 
 namespace {
 
-constexpr KnobSpec gain{"Dial/MicValue", 0, 42, 0, 0};
-constexpr KnobSpec volume{"Dial/HeadphoneValue", -80, 6, -80, 0};
-constexpr KnobSpec phone{"Dial/OtgToHpValue", -80, 6, 0, 0};
+constexpr KnobTraits gain{"Dial/MicValue", 0, 42, 0, 0};
+constexpr KnobTraits volume{"Dial/HeadphoneValue", -80, 6, -80, 0};
+constexpr KnobTraits phone{"Dial/OtgToHpValue", -80, 6, 0, 0};
 
 constexpr const char* instrument = "Button/MicInstrIsChecked";
 constexpr const char* pad = "Button/Mic20dBIsChecked";
@@ -80,7 +80,7 @@ void build(World& world)
     if (!openDevice(world, {1, 2}))
         return;
     Panel& panel = *world.panel;
-    for (const KnobSpec& knob : {gain, volume, phone})
+    for (const KnobTraits& knob : {gain, volume, phone})
         addKnob(panel, knob);
     addButton(panel, {instrument, "MIC", "#00ff7f"});
     addButton(panel, {pad, "20dB", "#ff7f00"});

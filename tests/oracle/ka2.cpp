@@ -8,11 +8,11 @@ using namespace PanelParts;
 
 namespace {
 
-constexpr KnobSpec gains[] = {{"Dial/Mic1Value", 0, 56, 0, 9}, {"Dial/Mic2Value", 0, 56, 0, 9}};
-constexpr KnobSpec speaker{"Dial/SpeakerValue", -80, 6, -80, 0};
-constexpr KnobSpec headphone{"Dial/HeadphoneValue", -80, 6, -80, 0};
-constexpr KnobSpec phoneToHp{"Dial/OtgToHpValue", -80, 6, 0, 0};
-constexpr KnobSpec phoneToSp{"Dial/OtgToSPValue", -80, 6, 0, 0};
+constexpr KnobTraits gains[] = {{"Dial/Mic1Value", 0, 56, 0, 9}, {"Dial/Mic2Value", 0, 56, 0, 9}};
+constexpr KnobTraits speaker{"Dial/SpeakerValue", -80, 6, -80, 0};
+constexpr KnobTraits headphone{"Dial/HeadphoneValue", -80, 6, -80, 0};
+constexpr KnobTraits phoneToHp{"Dial/OtgToHpValue", -80, 6, 0, 0};
+constexpr KnobTraits phoneToSp{"Dial/OtgToSPValue", -80, 6, 0, 0};
 
 constexpr const char* pads[] = {"Button/Mic120dBIsChecked", "Button/Mic220dBIsChecked"};
 constexpr const char* phantoms[] = {"Button/Mic148VIsChecked", "Button/Mic248VIsChecked"};
@@ -27,7 +27,7 @@ void saveState(World& world)
     world.debug("控件状态已保存到配置文件");
 }
 
-int valueOf(const World& world, const KnobSpec& knob)
+int valueOf(const World& world, const KnobTraits& knob)
 {
     return world.panel->knobs.at(knob.key).value;
 }
@@ -60,7 +60,7 @@ void sendHeadphone(World& world, int value)
     saveState(world);
 }
 
-void sendPhone(World& world, const KnobSpec& knob, int value)
+void sendPhone(World& world, const KnobTraits& knob, int value)
 {
     const bool toSpeaker = &knob == &phoneToSp;
     const double linear = Driver::gain(value);
@@ -121,7 +121,7 @@ void switchOutput(World& world, const std::string& key, bool on)
 
 void addControls(Panel& panel)
 {
-    for (const KnobSpec& knob : {gains[0], gains[1], speaker, headphone, phoneToHp, phoneToSp})
+    for (const KnobTraits& knob : {gains[0], gains[1], speaker, headphone, phoneToHp, phoneToSp})
         addKnob(panel, knob);
     for (const std::size_t mic : {0U, 1U}) {
         addButton(panel, {pads[mic], "20dB", "#ff7f00"});
@@ -163,7 +163,7 @@ void build(World& world)
 void knob(World& world, const std::string& key, int value)
 {
     for (const int channel : {1, 2}) {
-        const KnobSpec& gain = gains[channel - 1];
+        const KnobTraits& gain = gains[channel - 1];
         if (key != gain.key)
             continue;
         Driver::setMicVolume(world, world.panel->device, channel, value * 2);

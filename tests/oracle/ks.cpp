@@ -8,8 +8,8 @@ using namespace PanelParts;
 
 namespace {
 
-constexpr KnobSpec gain{"Dial/MicValue", 0, 42, 0, 0};
-constexpr KnobSpec volume{"Dial/HeadphoneValue", -80, 6, -80, 0};
+constexpr KnobTraits gain{"Dial/MicValue", 0, 42, 0, 0};
+constexpr KnobTraits volume{"Dial/HeadphoneValue", -80, 6, -80, 0};
 
 constexpr const char* direct = "Button/MonitorMicIsChecked";
 constexpr const char* mute = "Button/HeadphoneMuteIsChecked";

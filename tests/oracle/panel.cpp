@@ -99,14 +99,14 @@ bool openDevice(World& world, std::initializer_list<int> outputs)
     return true;
 }
 
-void addKnob(Panel& panel, const KnobSpec& spec)
+void addKnob(Panel& panel, const KnobTraits& traits)
 {
-    panel.knobs[spec.key] = {spec.minimum, spec.maximum, spec.minimum, spec.offset, 0, 0};
+    panel.knobs[traits.key] = {traits.minimum, traits.maximum, traits.minimum, traits.offset, 0, 0};
 }
 
-void addButton(Panel& panel, const ButtonSpec& spec)
+void addButton(Panel& panel, const ButtonTraits& traits)
 {
-    panel.buttons[spec.key] = {spec.caption, spec.accent, false};
+    panel.buttons[traits.key] = {traits.caption, traits.accent, false};
 }
 
 void unityOutputs(Panel& panel)
@@ -120,10 +120,10 @@ void startReadOuts(World& world, std::size_t labels)
     world.time.start(Timer::readOuts, 500);
 }
 
-void restoreKnob(World& world, const KnobSpec& spec)
+void restoreKnob(World& world, const KnobTraits& traits)
 {
     const IniFile& file = world.file(fileOf(world.panel->model));
-    setKnob(world, spec.key, knobValue(file, spec.key, spec.missing));
+    setKnob(world, traits.key, knobValue(file, traits.key, traits.missing));
 }
 
 void restoreButton(World& world, const char* key)

@@ -24,7 +24,7 @@ std::string nameOf(Model model); ///< "ka1"
 /// What the models have in common. The numbers and texts are each model's own.
 namespace PanelParts {
 
-struct KnobSpec
+struct KnobTraits
 {
     const char* key;
     int minimum;
@@ -33,7 +33,7 @@ struct KnobSpec
     int offset;
 };
 
-struct ButtonSpec
+struct ButtonTraits
 {
     const char* key;
     const char* caption;
@@ -42,11 +42,11 @@ struct ButtonSpec
 
 /// Opens the device and sets the output volumes. False when the panel stays empty.
 bool openDevice(World& world, std::initializer_list<int> outputs);
-void addKnob(Panel& panel, const KnobSpec& spec);
-void addButton(Panel& panel, const ButtonSpec& spec);
+void addKnob(Panel& panel, const KnobTraits& traits);
+void addButton(Panel& panel, const ButtonTraits& traits);
 void unityOutputs(Panel& panel);
 void startReadOuts(World& world, std::size_t labels);
-void restoreKnob(World& world, const KnobSpec& spec);
+void restoreKnob(World& world, const KnobTraits& traits);
 void restoreButton(World& world, const char* key);
 void storeKnob(World& world, const char* key);
 void storeButton(World& world, const char* key);
