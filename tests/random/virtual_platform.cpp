@@ -236,6 +236,11 @@ HANDLE OpenThread(DWORD, BOOL, DWORD)
     return handleOf(worker);
 }
 
+BOOL CancelIoEx(HANDLE, LPOVERLAPPED)
+{
+    return result(inbound.cancel() ? ERROR_SUCCESS : ERROR_NOT_FOUND);
+}
+
 BOOL CancelSynchronousIo(HANDLE)
 {
     return result(inbound.cancel() ? ERROR_SUCCESS : ERROR_NOT_FOUND);
