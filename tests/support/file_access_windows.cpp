@@ -8,8 +8,9 @@
 ReadOnly::ReadOnly(const QString& file)
     : path(file)
 {
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser);
-    if (QFile(path).open(QFile::ReadWrite | QFile::ExistingOnly))
+    // Wine lets root open it all the same, so the attribute is what can be asked for.
+    if (!QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser) ||
+        (QFile::permissions(path) & QFile::WriteUser))
         qFatal("%s can still be written", qPrintable(path));
 }
 

@@ -202,12 +202,13 @@ bool EndStates::blockReset()
                    QStringLiteral("holding")) ||
         !showDialog())
         return false;
-    // The return key presses "OK".
-    if (!typeIntoDialog(QStringLiteral("Return")) ||
-        !panel().waitForLine(QStringLiteral("Pipe opened successfully.")))
-        return false;
+    const QString opened = QStringLiteral("Pipe opened successfully.");
+    // The return key presses "OK"; a busy Wine may not yet have given the dialog the keyboard.
+    const bool pressed = waitUntil([&] {
+        return typeIntoDialog(QStringLiteral("Return")) && panel().waitForLine(opened, 1, 3s);
+    });
     QThread::msleep(500);
-    return panel().debugLines().last() == QStringLiteral("Pipe opened successfully.");
+    return pressed && panel().debugLines().last() == opened;
 }
 
 bool EndStates::typeIntoDialog(const QString& key)
