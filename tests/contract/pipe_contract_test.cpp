@@ -586,7 +586,9 @@ void PipeContractTest::invalidHandlesAreRefused()
     QCOMPARE(readFrom(handle).error, invalidHandle);
     QCOMPARE(writeTo(handle, "x"), invalidHandle);
     QCOMPARE(resultOf(CancelSynchronousIo(handle)), invalidHandle);
-    QCOMPARE(resultOf(CancelIoEx(handle, nullptr)), invalidHandle);
+    // There all bits mean the process itself to Windows.
+    if (handle != INVALID_HANDLE_VALUE)
+        QCOMPARE(resultOf(CancelIoEx(handle, nullptr)), invalidHandle);
 }
 
 void PipeContractTest::pipeKnowsNoDeviceRequests()
