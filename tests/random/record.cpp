@@ -69,6 +69,7 @@ private:
 LineSink<wchar_t> output("out: ");
 LineSink<char> errors("error: ");
 std::streambuf* realErrors = nullptr;
+std::wstreambuf* realOutput = nullptr;
 
 } // namespace
 
@@ -94,11 +95,12 @@ void Record::begin()
 {
     guiThread = std::this_thread::get_id();
     qInstallMessageHandler(note);
-    std::wcout.rdbuf(&output);
+    realOutput = std::wcout.rdbuf(&output);
     realErrors = std::cerr.rdbuf(&errors);
 }
 
 void Record::end()
 {
+    std::wcout.rdbuf(realOutput);
     std::cerr.rdbuf(realErrors);
 }

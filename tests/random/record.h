@@ -18,7 +18,7 @@ std::vector<std::string> takeThreadLines();
 /// printing it. The thread that calls this is the GUI thread.
 void begin();
 
-/// Lets std::cerr through again, for reports of the test itself.
+/// Lets both through again, for reports of the test itself and for the end of the program.
 void end();
 
 } // namespace Record
