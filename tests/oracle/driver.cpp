@@ -18,6 +18,7 @@ bool send(World& world, const Device& device, std::uint32_t code,
 {
     if (!device.isOpen())
         return false;
+    world.interface.reach(world.time.now());
     answer = world.interface.ask({device.handle, code, input, outputSize});
     world.events.push_back(std::move(told));
     world.time.pass(answer.delayMs);
@@ -66,6 +67,7 @@ bool open(World& world, Device& device)
 {
     for (int bus = 0; bus < Interface::buses; ++bus) {
         const std::string path = "Open device \\\\.\\QuorvelAudioBus" + std::to_string(bus);
+        world.interface.reach(world.time.now());
         const std::uint32_t error = world.interface.open(bus);
         if (error == 0) {
             device.handle = world.interface.lastHandle();

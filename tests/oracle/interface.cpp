@@ -45,6 +45,24 @@ void Interface::plug(std::uint32_t newProductId, int newBus)
     ++generation;
 }
 
+void Interface::reach(long long moment)
+{
+    while (!plans.empty() && plans.front().moment <= moment) {
+        const Plan next = std::move(plans.front());
+        plans.erase(plans.begin());
+        clock = next.moment;
+        next.change(*this);
+    }
+    clock = moment;
+}
+
+void Interface::plan(long long milliseconds, std::function<void(Interface&)> change)
+{
+    const long long moment = clock + milliseconds;
+    plans.insert(std::ranges::upper_bound(plans, moment, {}, &Plan::moment),
+                 {moment, std::move(change)});
+}
+
 std::uint32_t Interface::open(int wantedBus)
 {
     if (!plugged || wantedBus != bus)

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace Oracle {
@@ -47,6 +48,12 @@ public:
     void plug(std::uint32_t productId, int bus);
     void unplug() { plugged = false; }
 
+    /// Lets the interface's own clock go on, in milliseconds, with what is planned until then.
+    /// Everybody who asks it something does so first.
+    void reach(long long moment);
+    /// Something that happens outside in so many milliseconds, whatever the panel waits for then.
+    void plan(long long milliseconds, std::function<void(Interface&)> change);
+
     /// Opens the device path of that bus: 0 or a Windows error number.
     std::uint32_t open(int bus);
     /// The number of the handle that open() has just given out.
@@ -74,9 +81,17 @@ private:
         std::size_t largestAnswer = SIZE_MAX;
     };
 
+    struct Plan
+    {
+        long long moment;
+        std::function<void(Interface&)> change;
+    };
+
     Fate takeFaults(std::uint32_t code);
     Answer execute(const Request& request);
 
+    long long clock = 0;
+    std::vector<Plan> plans; ///< earliest first
     bool plugged = false;
     std::uint32_t productId = 0;
     int bus = 0;

@@ -54,6 +54,8 @@ void step(World& world, const Action& action)
     world.threadLines.clear();
     if (action.verb == "wait")
         wait(world, action.number(0));
+    else if (action.verb == "jump")
+        world.time.pass(static_cast<int>(action.number(0)));
     else if (!Input::apply(world, action) && !Shell::apply(world, action))
         Surroundings::apply(world, action);
 }

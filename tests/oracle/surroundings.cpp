@@ -48,11 +48,20 @@ void setEngine(Interface& interface, const Action& action)
     interface.latency = number(action, 2);
 }
 
+/// at MS ACTION
+void plan(Interface& interface, const Action& action)
+{
+    const Action later{action.at(1), {action.arguments.begin() + 2, action.arguments.end()}};
+    interface.plan(action.number(0), [later](Interface& then) { apply(then, later); });
+}
+
 } // namespace
 
 bool apply(Interface& interface, const Action& action)
 {
-    if (action.verb == "plug")
+    if (action.verb == "at")
+        plan(interface, action);
+    else if (action.verb == "plug")
         interface.plug(number(action, 0), static_cast<int>(action.number(1)));
     else if (action.verb == "unplug")
         interface.unplug();
@@ -78,6 +87,7 @@ bool apply(Interface& interface, const Action& action)
 
 bool apply(World& world, const Action& action)
 {
+    world.interface.reach(world.time.now());
     if (apply(world.interface, action))
         return true;
     if (action.verb == "file")

@@ -158,6 +158,17 @@ Action Generator::onShell()
 
 Action Generator::onCable()
 {
+    if (chance(15)) {
+        const Action then = cable();
+        Action later{"at", {std::to_string(below(1500)), then.verb}};
+        later.arguments.insert(later.arguments.end(), then.arguments.begin(), then.arguments.end());
+        return later;
+    }
+    return chance(4) ? Action{"jump", {oneOf({"300", "1001", "7200000"})}} : cable();
+}
+
+Action Generator::cable()
+{
     if (chance(30))
         return {"unplug", {}};
     const std::string id =

@@ -25,6 +25,7 @@ private:
     Oracle::Action onDialog();
     Oracle::Action onShell();
     Oracle::Action onCable();
+    Oracle::Action cable();
     Oracle::Action fault();
     Oracle::Action reading();
     Oracle::Action onFile(const Oracle::World& world);

@@ -110,6 +110,8 @@ void Program::perform(const Oracle::Action& action)
         start(name);
     else if (action.verb == "wait")
         VirtualTime::instance().run(action.number(0));
+    else if (action.verb == "jump")
+        VirtualTime::instance().pass(static_cast<int>(action.number(0)));
     else if (action.verb == "file")
         writeFile(name, action.at(1));
     else if (action.verb == "nofile")

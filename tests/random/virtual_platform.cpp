@@ -50,7 +50,7 @@ HANDLE refuse(DWORD error)
 
 HANDLE openDevice(int bus)
 {
-    const std::uint32_t error = theInterface.open(bus);
+    const std::uint32_t error = VirtualPlatform::interface().open(bus);
     if (error != ERROR_SUCCESS)
         return refuse(error);
     openDevices.insert(theInterface.lastHandle());
@@ -80,6 +80,7 @@ std::string describe(const Oracle::Request& request, const void* input)
 
 Oracle::Interface& VirtualPlatform::interface()
 {
+    theInterface.reach(VirtualTime::instance().now());
     return theInterface;
 }
 
@@ -177,7 +178,7 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength,
     const auto* const bytes = static_cast<const std::uint8_t*>(input);
     const Oracle::Request request{handle, code, {bytes, bytes + inputLength}, outputLength};
     Record::add(describe(request, input));
-    const Oracle::Answer answer = theInterface.ask(request);
+    const Oracle::Answer answer = VirtualPlatform::interface().ask(request);
     VirtualTime::instance().pass(answer.delayMs);
     std::ranges::copy(answer.bytes, static_cast<std::uint8_t*>(output));
     *returned = static_cast<DWORD>(answer.bytes.size());
