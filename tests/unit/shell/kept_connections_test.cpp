@@ -1,20 +1,13 @@
 #include "driver/driver_device.h"
-#include "settings/settings.h"
 #include "shell/kept_connections.h"
-#include "shell/main_window.h"
 #include "shell/tray_icon.h"
-#include "support/debug_log.h"
-#include "support/simulated_interface.h"
-#include "support/stream_capture.h"
 #include "support/test_main.h"
+#include "window_stage.h"
 
 #include <QLabel>
 #include <QLayout>
 #include <QTest>
 
-#include <iostream>
-#include <memory>
-#include <optional>
 #include <vector>
 
 namespace {
@@ -25,7 +18,7 @@ constexpr std::uint32_t unknownModel = 7;
 } // namespace
 
 /// What a day beside a device that cannot be shown leaves behind.
-class KeptConnectionsTest : public QObject
+class KeptConnectionsTest : public QObject, private WindowStage
 {
     Q_OBJECT
 
@@ -41,25 +34,11 @@ private slots:
 private:
     void detect(int times);
     void arrive();
-
-    SimulatedInterface simulated;
-    StreamCapture<wchar_t> output{std::wcout};
-    StreamCapture<char> errors{std::cerr};
-    std::unique_ptr<Settings> settings;
-    std::unique_ptr<MainWindow> window;
-    std::optional<DebugLog> log;
 };
 
 void KeptConnectionsTest::init()
 {
-    window.reset();
-    settings.reset();
-    log.reset();
-    log.emplace();
-    simulated.control().reset();
-    settings = std::make_unique<Settings>();
-    window = std::make_unique<MainWindow>();
-    window->settings = settings.get();
+    begin();
 }
 
 void KeptConnectionsTest::detect(int times)

@@ -1,12 +1,8 @@
 #include "panels/ka1.h"
-#include "settings/settings.h"
-#include "shell/main_window.h"
 #include "support/background_lines.h"
-#include "support/debug_log.h"
-#include "support/simulated_interface.h"
-#include "support/stream_capture.h"
 #include "support/test_main.h"
 #include "support/trace_text.h"
+#include "window_stage.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -15,13 +11,9 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <iostream>
-#include <memory>
-#include <optional>
-
 /// The window's states, with the passing of time replaced by calls of its two slots where the
 /// pace itself is not the matter.
-class MainWindowTest : public QObject
+class MainWindowTest : public QObject, private WindowStage
 {
     Q_OBJECT
 
@@ -60,25 +52,11 @@ private:
     void arrive();
     void lose();
     QStringList takeLog();
-
-    SimulatedInterface simulated;
-    StreamCapture<wchar_t> output{std::wcout};
-    StreamCapture<char> errors{std::cerr};
-    std::unique_ptr<Settings> settings;
-    std::unique_ptr<MainWindow> window;
-    std::optional<DebugLog> log;
 };
 
 void MainWindowTest::init()
 {
-    window.reset();
-    settings.reset();
-    log.reset();
-    log.emplace();
-    simulated.control().reset();
-    settings = std::make_unique<Settings>();
-    window = std::make_unique<MainWindow>();
-    window->settings = settings.get();
+    begin();
     log->clear();
 }
 

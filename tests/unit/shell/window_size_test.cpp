@@ -1,9 +1,5 @@
-#include "settings/settings.h"
-#include "shell/main_window.h"
-#include "support/debug_log.h"
-#include "support/simulated_interface.h"
-#include "support/stream_capture.h"
 #include "support/test_main.h"
+#include "window_stage.h"
 
 #include <QLabel>
 #include <QLayout>
@@ -11,12 +7,8 @@
 #include <QTimer>
 #include <QWindow>
 
-#include <iostream>
-#include <memory>
-#include <optional>
-
 /// The main window's size: free until it is first shown, the user's from then on.
-class WindowSizeTest : public QObject
+class WindowSizeTest : public QObject, private WindowStage
 {
     Q_OBJECT
 
@@ -39,25 +31,11 @@ private:
     void resizeByHand(QSize size);
     void arrive(std::uint32_t productId);
     void lose();
-
-    SimulatedInterface simulated;
-    StreamCapture<wchar_t> output{std::wcout};
-    StreamCapture<char> errors{std::cerr};
-    std::unique_ptr<Settings> settings;
-    std::unique_ptr<MainWindow> window;
-    std::optional<DebugLog> log;
 };
 
 void WindowSizeTest::init()
 {
-    window.reset();
-    settings.reset();
-    log.reset();
-    log.emplace();
-    simulated.control().reset();
-    settings = std::make_unique<Settings>();
-    window = std::make_unique<MainWindow>();
-    window->settings = settings.get();
+    begin();
     // The clock of the window is the test's.
     for (QTimer* timer : window->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
         timer->setInterval(3600 * 1000);

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "settings/settings.h"
+#include "shell/main_window.h"
+#include "support/debug_log.h"
+#include "support/simulated_interface.h"
+#include "support/stream_capture.h"
+
+#include <iostream>
+#include <memory>
+#include <optional>
+
+/// The main window with its dialog and a simulated interface, anew for each test.
+struct WindowStage
+{
+    /// A new window that nobody has seen yet; nothing is plugged in.
+    void begin();
+
+    SimulatedInterface simulated;
+    StreamCapture<wchar_t> output{std::wcout};
+    StreamCapture<char> errors{std::cerr};
+    std::unique_ptr<Settings> settings;
+    std::unique_ptr<MainWindow> window;
+    std::optional<DebugLog> log;
+};
