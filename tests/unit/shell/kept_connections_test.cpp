@@ -14,6 +14,8 @@ namespace {
 
 constexpr int mostKept = 256;
 constexpr std::uint32_t unknownModel = 7;
+/// More than there are descriptors for in a process.
+constexpr int attempts = 1200;
 
 } // namespace
 
@@ -95,7 +97,7 @@ void KeptConnectionsTest::releasedWithTheirHolder()
 void KeptConnectionsTest::dayBesideAnUnknownDevice()
 {
     simulated.control().plug(unknownModel);
-    detect(3000);
+    detect(attempts);
     QCOMPARE(simulated.settledHandles(mostKept), mostKept);
     QCOMPARE(window->findChildren<QLabel*>().size(), 1);
     simulated.control().unplug();
@@ -126,7 +128,7 @@ void KeptConnectionsTest::dialogThatFindsNoDevice()
     simulated.control().fail(0xFFDC20A0, 1, 31);
     detect(1);
     simulated.control().unplug();
-    detect(3000);
+    detect(attempts);
     QVERIFY(simulated.openHandles() <= mostKept);
     for (int read = 0; read < 3; ++read)
         window->checkDevicePid();
