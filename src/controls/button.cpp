@@ -1,9 +1,14 @@
 #include "controls/button.h"
 
+#include "controls/focus_ring.h"
+
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QStyleOptionButton>
+#include <QStylePainter>
 
 Button::Button(const QString& text, QWidget* parent)
     : QPushButton(parent)
@@ -34,6 +39,17 @@ void Button::setOn(bool status)
     emit pressed(status);
 }
 
+void Button::press()
+{
+    applyStyle();
+    const bool status = !on;
+    change(status);
+    const QPointer<Button> alive(this);
+    emit pressed(status);
+    if (alive)
+        emit pressed(status);
+}
+
 void Button::setShadow(bool enable, double factor)
 {
     if (enable)
@@ -44,19 +60,36 @@ void Button::mousePressEvent(QMouseEvent* event)
 {
     if (ignoreCtrlClick && event->modifiers().testFlag(Qt::ControlModifier))
         return;
-    applyStyle();
-    const bool status = !on;
-    change(status);
-    const QPointer<Button> alive(this);
-    emit pressed(status);
-    if (alive)
-        emit pressed(status);
+    press();
+}
+
+void Button::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Space && event->key() != Qt::Key_Select) {
+        QPushButton::keyPressEvent(event);
+        return;
+    }
+    FocusRing::bringUp(*this);
+    if (!event->isAutoRepeat())
+        press();
 }
 
 void Button::leaveEvent(QEvent* event)
 {
     hovered = false;
     QPushButton::leaveEvent(event);
+}
+
+void Button::paintEvent(QPaintEvent*)
+{
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    // Some styles mark the focus after a mere click, and all in a way that is hard to see here.
+    option.state &= ~QStyle::State_HasFocus;
+    painter.drawControl(QStyle::CE_PushButton, option);
+    if (FocusRing::isDueOn(*this))
+        FocusRing::paint(painter, *this);
 }
 
 void Button::light(double factor)

@@ -7,10 +7,9 @@ class QGraphicsDropShadowEffect;
 
 /// Toggle button that lights up in its own colours, with a glow around it, while it is on.
 ///
-/// It keeps its own state instead of Qt's checkable one and toggles when the mouse presses it, of
-/// which QAbstractButton hears nothing. The keyboard still reaches QAbstractButton: the space bar
-/// has it emit its own pressed(), released() and clicked(), and toggles nothing. Colours are style
-/// sheet colours and set through the members; call applyStyle() afterwards. GUI thread only.
+/// It keeps its own state instead of Qt's checkable one and toggles when the mouse or the space bar
+/// presses it, of which QAbstractButton hears nothing: its own signals never come. Colours are
+/// style sheet colours and set through the members; call applyStyle() afterwards. GUI thread only.
 class Button : public QPushButton
 {
     Q_OBJECT
@@ -23,6 +22,9 @@ public:
 
     /// Turns the button on or off and announces it once, also when nothing changed.
     void setOn(bool status);
+
+    /// What a press does: toggles and announces it twice.
+    void press();
 
     /// With `enable`, blurs the glow by `factor` times the widget's width; otherwise does nothing.
     void setShadow(bool enable, double factor);
@@ -55,7 +57,9 @@ signals:
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void light(double factor);

@@ -1,11 +1,12 @@
 #include "controls/knob.h"
 
+#include "controls/focus_ring.h"
+#include "controls/knob_editor.h"
 #include "controls/knob_painter.h"
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
@@ -36,11 +37,9 @@ bool belongsTo(const QLineEdit* editor, const QObject* object)
 
 Knob::Knob(QWidget* parent)
     : QWidget(parent)
-    , editor(new QLineEdit(this))
+    , editor(new KnobEditor(this))
 {
-    editor->setFrame(false);
-    editor->setAlignment(Qt::AlignCenter);
-    editor->hide();
+    setFocusPolicy(Qt::TabFocus);
     connect(editor, &QLineEdit::editingFinished, this, &Knob::finishEdit);
 }
 
@@ -133,6 +132,24 @@ void Knob::wheelEvent(QWheelEvent* event)
     event->accept();
 }
 
+void Knob::keyPressEvent(QKeyEvent* event)
+{
+    constexpr Qt::KeyboardModifiers others =
+        Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    const std::optional<qint64> target =
+        (event->modifiers() & others) == Qt::NoModifier ? valueAfter(event->key()) : std::nullopt;
+    const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!target && !(enters && showText)) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    FocusRing::bringUp(*this);
+    if (target)
+        change(*target);
+    else
+        openEditor();
+}
+
 void Knob::enterEvent(QEnterEvent*)
 {
     hovered = true;
@@ -149,6 +166,8 @@ void Knob::paintEvent(QPaintEvent*)
     paintKnob(painter, *this);
     if (showText)
         textRect = paintKnobText(painter, *this);
+    if (FocusRing::isDueOn(*this))
+        FocusRing::paint(painter, *this);
 }
 
 bool Knob::eventFilter(QObject* watched, QEvent* event)
@@ -192,6 +211,29 @@ void Knob::change(qint64 candidate)
     emit valueChangedSig(value);
 }
 
+std::optional<qint64> Knob::valueAfter(int key) const
+{
+    constexpr qint64 page = 5;
+    switch (key) {
+    case Qt::Key_Up:
+    case Qt::Key_Right:
+        return qint64(value) + 1;
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+        return qint64(value) - 1;
+    case Qt::Key_PageUp:
+        return value + page;
+    case Qt::Key_PageDown:
+        return value - page;
+    case Qt::Key_Home:
+        return minimum;
+    case Qt::Key_End:
+        return maximum;
+    default:
+        return std::nullopt;
+    }
+}
+
 void Knob::openEditor()
 {
     // No palette: below a window with a style sheet the background would not take it.
@@ -201,6 +243,8 @@ void Knob::openEditor()
                               .arg(text, trackColor.name()));
     editor->setFont(QFont(fontFamily, fontPointSize));
 
+    if (!isEditing())
+        focusBefore = window()->focusWidget();
     editor->show();
     editor->setFocus(Qt::OtherFocusReason);
     fillEditor();
@@ -222,6 +266,13 @@ void Knob::closeEditor()
     qApp->removeEventFilter(this);
     // Hiding moves the focus on, which would finish the same input a second time.
     const QSignalBlocker once(editor);
+    if (window()->focusWidget() == editor) {
+        // Left to itself, the toolkit would pass the focus on to the next control.
+        if (focusBefore)
+            focusBefore->setFocus(Qt::OtherFocusReason);
+        else
+            editor->clearFocus();
+    }
     editor->hide();
 }
 

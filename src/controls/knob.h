@@ -1,9 +1,12 @@
 #pragma once
 
 #include <QColor>
+#include <QPointer>
 #include <QRect>
 #include <QString>
 #include <QWidget>
+
+#include <optional>
 
 class QLineEdit;
 
@@ -14,6 +17,9 @@ class QLineEdit;
 /// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum. Enter,
 /// a click elsewhere in the program and the loss of the focus or of the sight of it end the
 /// editing with the typed value, Escape without; a value that changes meanwhile replaces it.
+/// The focus comes by the keyboard alone, and goes back after editing to where it was: then arrows
+/// step by one, Page Up and Page Down by five, Home and End go to the bounds, Enter opens the
+/// editor.
 /// Range, look and value are set through the members; call update() when the knob is already
 /// visible. GUI thread only.
 class Knob : public QWidget
@@ -85,6 +91,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -93,11 +100,14 @@ protected:
 
 private:
     void change(qint64 candidate);
+    /// The value that the key stands for; nothing for any other key.
+    std::optional<qint64> valueAfter(int key) const;
     void openEditor();
     void fillEditor();
     void closeEditor();
     bool isEditing() const;
 
     int editedValue = 0; ///< what the open editor was filled with
+    QPointer<QWidget> focusBefore;
     bool finishing = false;
 };

@@ -54,6 +54,7 @@ ka1::ka1(QWidget* parent)
     link.openSettings();
     createControls();
     buildLayout();
+    tabInReadingOrder(layout());
     connectControls();
     presetMixer();
     startMeters();

@@ -83,6 +83,7 @@ ka2::ka2(QWidget* parent)
     headphone = createOutputStrip();
     speaker = createOutputStrip();
     buildLayout();
+    tabInReadingOrder(layout());
     connectControls();
     link.presetOutputGains();
     startMeters();

@@ -48,6 +48,7 @@ ks::ks(QWidget* parent)
     link.openSettings();
     createControls();
     buildLayout();
+    tabInReadingOrder(layout());
     connectControls();
     link.presetOutputGains();
     startMeters();

@@ -7,6 +7,7 @@
 #include <QBoxLayout>
 #include <QFrame>
 #include <QLabel>
+#include <QLineEdit>
 
 namespace {
 
@@ -25,6 +26,22 @@ Knob* panelKnob(int size, QWidget* parent)
     knob->textColor = QColor(QStringLiteral("#00ff7f"));
     knob->shadowColor = QColor(QStringLiteral("#00ff7f"));
     return knob;
+}
+
+void appendControls(QLayout* layout, QWidgetList& controls)
+{
+    for (int i = 0; i < layout->count(); ++i) {
+        QLayoutItem* const item = layout->itemAt(i);
+        if (item->layout() != nullptr)
+            appendControls(item->layout(), controls);
+        else if (QWidget* const widget = item->widget();
+                 widget != nullptr && widget->focusPolicy() != Qt::NoFocus) {
+            controls.append(widget);
+            // Its editor is where Tab leaves it from.
+            if (const auto* knob = qobject_cast<Knob*>(widget))
+                controls.append(knob->editor);
+        }
+    }
 }
 
 } // namespace
@@ -116,6 +133,14 @@ QBoxLayout* PanelWidgets::outputButtonRow(Button* mute, Button* dim)
     row->addWidget(mute);
     row->addWidget(dim);
     return row;
+}
+
+void PanelWidgets::tabInReadingOrder(QLayout* layout)
+{
+    QWidgetList controls;
+    appendControls(layout, controls);
+    for (int i = 1; i < controls.size(); ++i)
+        QWidget::setTabOrder(controls[i - 1], controls[i]);
 }
 
 QFrame* PanelWidgets::separator(QWidget* parent)

@@ -9,6 +9,7 @@ class Knob;
 class QBoxLayout;
 class QFrame;
 class QLabel;
+class QLayout;
 class QWidget;
 
 /// The building stones of a panel, in the panels' common look. The caller puts them into a layout.
@@ -46,6 +47,9 @@ Button* outputButton(const QString& text, int styleInt);
 QBoxLayout* rootLayout(QWidget* panel);
 /// MUTE and DIM side by side.
 QBoxLayout* outputButtonRow(Button* mute, Button* dim);
+
+/// Lets Tab go through the layout's controls as they are read: strip by strip, from top to bottom.
+void tabInReadingOrder(QLayout* layout);
 
 /// The vertical line between inputs and outputs.
 QFrame* separator(QWidget* parent);

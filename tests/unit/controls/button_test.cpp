@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
+#include <QKeyEvent>
 #include <QMetaMethod>
 #include <QPointer>
 #include <QSignalSpy>
@@ -81,7 +82,11 @@ private slots:
     void ctrlClickIgnored();
     void otherButtonsOfTheMouse();
     void silentOnEverythingElse();
-    void keyboardIsLeftToTheBaseClass();
+    void spaceIsAPress_data();
+    void spaceIsAPress();
+    void heldSpaceIsOnePress();
+    void otherKeysAreNoPress();
+    void ringComesWithTheKeyboard();
     void releaseDoesNothing();
     void leavingClearsHovered();
     void setShadow();
@@ -369,22 +374,93 @@ void ButtonTest::silentOnEverythingElse()
     QCOMPARE(released.count(), 0);
 }
 
-void ButtonTest::keyboardIsLeftToTheBaseClass()
+void ButtonTest::spaceIsAPress_data()
 {
+    QTest::addColumn<int>("pressed");
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::newRow("space") << int(Qt::Key_Space) << Qt::KeyboardModifiers();
+    QTest::newRow("select") << int(Qt::Key_Select) << Qt::KeyboardModifiers();
+    QTest::newRow("with Shift") << int(Qt::Key_Space) << Qt::KeyboardModifiers(Qt::ShiftModifier);
+}
+
+void ButtonTest::spaceIsAPress()
+{
+    QFETCH(const int, pressed);
+    QFETCH(const Qt::KeyboardModifiers, modifiers);
     Button button(QStringLiteral("MUTE"));
+    dressForPanel(button, QStringLiteral("#00FFFF"));
     QSignalSpy own(&button, &Button::pressed);
     const QSignalSpy pressedByQt(&button, &QAbstractButton::pressed);
     const QSignalSpy released(&button, &QAbstractButton::released);
     const QSignalSpy clicked(&button, &QAbstractButton::clicked);
-    const QSignalSpy toggled(&button, &QAbstractButton::toggled);
-    QTest::keyClick(&button, Qt::Key_Space);
-    QCOMPARE(pressedByQt.count(), 1);
-    QCOMPARE(released.count(), 1);
-    QCOMPARE(clicked.count(), 1);
-    QCOMPARE(toggled.count(), 0);
-    QCOMPARE(states(own), QList<bool>{});
+    QTest::keyClick(&button, static_cast<Qt::Key>(pressed), modifiers);
+    QCOMPARE(states(own), (QList<bool>{true, true}));
+    QVERIFY(button.on);
+    QVERIFY(button.glow->isEnabled());
+    QVERIFY(!button.isDown());
+    QTest::keyClick(&button, static_cast<Qt::Key>(pressed), modifiers);
+    QCOMPARE(states(own), (QList<bool>{false, false}));
     QVERIFY(!button.on);
-    QVERIFY(!button.glow->isEnabled());
+    QCOMPARE(pressedByQt.count() + released.count() + clicked.count(), 0);
+}
+
+void ButtonTest::heldSpaceIsOnePress()
+{
+    Button button(QStringLiteral("MUTE"));
+    QSignalSpy spy(&button, &Button::pressed);
+    for (const bool repeated : {false, true, true}) {
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "),
+                        repeated);
+        QApplication::sendEvent(&button, &event);
+        QVERIFY(event.isAccepted());
+    }
+    QCOMPARE(states(spy), (QList<bool>{true, true}));
+}
+
+void ButtonTest::otherKeysAreNoPress()
+{
+    Button button(QStringLiteral("MUTE"));
+    QSignalSpy spy(&button, &Button::pressed);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_M, Qt::Key_Up})
+        QTest::keyClick(&button, key);
+    QCOMPARE(states(spy), QList<bool>{});
+    QVERIFY(!button.on);
+}
+
+void ButtonTest::ringComesWithTheKeyboard()
+{
+    QWidget window;
+    Button button(QStringLiteral("MUTE"), &window);
+    Button other(QStringLiteral("DIM"), &window);
+    dressForPanel(button, QStringLiteral("#00FFFF"));
+    button.setGeometry(10, 10, 80, 40);
+    other.setGeometry(100, 10, 80, 40);
+    window.resize(200, 60);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    other.setFocus(Qt::OtherFocusReason);
+    const auto picture = [&] { return button.grab().toImage(); };
+    const QImage without = picture();
+
+    // A click brings the focus, not the ring.
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {50, 30});
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {50, 30});
+    QVERIFY(button.hasFocus());
+    QCOMPARE(picture(), without);
+
+    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
+    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
+    QVERIFY(!button.on);
+    const QImage with = picture();
+    QVERIFY(with != without);
+    for (const QPoint edge : {QPoint(40, 0), QPoint(40, 39), QPoint(0, 20), QPoint(79, 20)})
+        QCOMPARE(with.pixelColor(edge), QColor(Qt::white));
+    QCOMPARE(with.copy(4, 4, 72, 32), without.copy(4, 4, 72, 32));
+
+    QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
+    QVERIFY(other.hasFocus());
+    QCOMPARE(picture(), without);
 }
 
 void ButtonTest::releaseDoesNothing()

@@ -1,0 +1,27 @@
+#include "controls/focus_ring.h"
+
+#include <QPainter>
+#include <QWidget>
+
+bool FocusRing::isDueOn(const QWidget& widget)
+{
+    return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
+}
+
+void FocusRing::bringUp(QWidget& widget)
+{
+    widget.window()->setAttribute(Qt::WA_KeyboardFocusChange);
+    widget.update();
+}
+
+void FocusRing::paint(QPainter& painter, const QWidget& widget)
+{
+    constexpr qreal width = 2;
+    constexpr qreal inset = width / 2;
+    constexpr qreal radius = 4;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(widget.rect()).adjusted(inset, inset, -inset, -inset), radius,
+                            radius);
+}
