@@ -7,6 +7,7 @@
 #include <QtEndian>
 
 #include <array>
+#include <cstdlib>
 
 namespace {
 
@@ -32,9 +33,10 @@ ThreadSettingsPip::ThreadSettingsPip(QObject* parent)
 
 ThreadSettingsPip::~ThreadSettingsPip()
 {
-    // Closing a pipe that a thread still waits in would wait as well.
+    // Without its object the thread would take the process down, and whoever waits for it waits
+    // for ever. The process is on its way out and all settings are saved, so it ends here.
     if (!stop())
-        static_cast<void>(pipe.release());
+        std::_Exit(EXIT_SUCCESS);
 }
 
 void ThreadSettingsPip::run()

@@ -19,7 +19,7 @@ public:
     /// Creates the pipe; a thread without one can still be started and reports it at its pace.
     explicit ThreadSettingsPip(QObject* parent);
     /// Ends the loop wherever it waits, and only then closes the pipe. Takes less than half a
-    /// second, whatever the system refuses.
+    /// second, whatever the system refuses: if it comes to the worst, the process ends with 0.
     ~ThreadSettingsPip() override;
 
 signals:

@@ -27,6 +27,7 @@ std::uint32_t VirtualPipe::connect()
     changed.notify_all();
     changed.wait(lock, [this] { return hasClient || cancelled || !isOpen; });
     listening = false;
+    changed.notify_all();
     if (std::exchange(cancelled, false))
         return ERROR_OPERATION_ABORTED;
     return isOpen ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
@@ -49,10 +50,15 @@ void VirtualPipe::disconnect()
 
 bool VirtualPipe::cancel()
 {
-    const std::lock_guard lock(mutex);
-    cancelled = listening;
+    std::unique_lock lock(mutex);
+    if (!listening)
+        return false;
+    cancelled = true;
     changed.notify_all();
-    return cancelled;
+    // The program gives its thread half a second of real time, of which a busy machine may leave
+    // nothing to the thread.
+    changed.wait_for(lock, std::chrono::seconds(10), [this] { return !listening; });
+    return true;
 }
 
 bool VirtualPipe::serve(const std::string& message, bool written)

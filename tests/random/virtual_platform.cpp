@@ -8,6 +8,7 @@
 #include "random/virtual_time.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <set>
@@ -148,7 +149,9 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
         return openDevice(std::stoi(std::wstring(name.substr(bus.size()))));
     if (name == LR"(\\.\pipe\QuorvelPannelToASIO)")
         return openResetPipe();
-    Record::add("opened something unknown");
+    // The program's own pipe is what it turns to when its thread is slow to end.
+    if (name != LR"(\\.\pipe\QuorvelASIOToPannel)")
+        Record::add("opened something unknown");
     return refuse(ERROR_FILE_NOT_FOUND);
 }
 
@@ -265,4 +268,10 @@ HINSTANCE ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR parameters, 
 extern "C" int nanosleep(const timespec*, timespec*)
 {
     return 0;
+}
+
+// The program's way out when its thread cannot be ended would pass for a test that is through.
+extern "C" void _Exit(int) noexcept
+{
+    std::abort();
 }

@@ -5,9 +5,12 @@
 #include "support/test_main.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QTest>
 
 #include <atomic>
+#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -52,6 +55,7 @@ private slots:
     void withoutAPipe();
     void withoutAThread();
     void terminatedInItsWaitsOnly();
+    void threadThatCannotEnd();
 
 private:
     void create(const Script& script);
@@ -200,6 +204,42 @@ void ThreadStopTest::terminatedInItsWaitsOnly()
     const QStringList calls = RecordedPlatform::takeCalls();
     QVERIFY(calls.contains("line written"));
     QVERIFY(!calls.contains("ConnectNamedPipe 4 null"));
+}
+
+void ThreadStopTest::threadThatCannotEnd()
+{
+    constexpr const char* isChild = "QUORVEL_TEST_CHILD";
+    if (qEnvironmentVariableIsSet(isChild)) {
+        create({});
+        std::atomic<bool> busy = false;
+        const LineWatch watch(running, [&] {
+            busy = true;
+            for (;;)
+                QTest::qSleep(1000);
+        });
+        thread->start(QThread::InheritPriority);
+        QTRY_VERIFY(busy);
+        std::puts("stops");
+        std::fflush(stdout);
+        stop();
+        QFAIL("goes on");
+    }
+    QProcess child;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(isChild, "1");
+    child.setProcessEnvironment(environment);
+    child.start(QCoreApplication::applicationFilePath(), {"threadThatCannotEnd"});
+    QVERIFY(child.waitForStarted(30000));
+    QTRY_VERIFY_WITH_TIMEOUT(child.bytesAvailable() != 0 && child.peek(4096).contains("stops"),
+                             30000);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(child.waitForFinished(30000));
+    // What the process itself takes to go comes on top.
+    QVERIFY2(clock.elapsed() < 2 * longestStop, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.exitCode(), 0);
+    QVERIFY(!child.readAllStandardOutput().contains("threadThatCannotEnd()"));
 }
 
 QUORVEL_TEST_MAIN(ThreadStopTest)
