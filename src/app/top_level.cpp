@@ -1,11 +1,14 @@
 #include "app/top_level.h"
 
+#include "controls/control_accessibility.h"
+
 #include <QGuiApplication>
 #include <QIcon>
 #include <QPixmap>
 
 TopLevel::TopLevel()
 {
+    ControlAccessibility::install();
     mainWindow.settings = &settings;
     settings.reinitPending = true;
     trayIcon.setMainWindow(&mainWindow);

@@ -1,5 +1,6 @@
 #include "controls/button.h"
 
+#include "controls/control_accessibility.h"
 #include "controls/focus_ring.h"
 
 #include <QColor>
@@ -102,7 +103,10 @@ void Button::light(double factor)
 
 void Button::change(bool status)
 {
+    const bool changed = on != status;
     on = status;
     glow->setEnabled(on);
     applyStyle();
+    if (changed)
+        ControlAccessibility::announce(*this);
 }

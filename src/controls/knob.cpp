@@ -1,5 +1,6 @@
 #include "controls/knob.h"
 
+#include "controls/control_accessibility.h"
 #include "controls/focus_ring.h"
 #include "controls/knob_editor.h"
 #include "controls/knob_painter.h"
@@ -62,6 +63,22 @@ void Knob::setValueIfIdle(int v)
 {
     if (!hovered)
         change(v);
+}
+
+qint64 Knob::shownValue(int v) const
+{
+    // Zero reads as zero on every scale.
+    return v == 0 ? 0 : qint64(v) + displayOffset;
+}
+
+QString Knob::shownText() const
+{
+    return QString::number(shownValue(value)) + suffix;
+}
+
+void Knob::setShownValue(int shown)
+{
+    change(qint64(shown) - displayOffset);
 }
 
 void Knob::setShadow(bool enable, double factor)
@@ -199,7 +216,10 @@ bool Knob::eventFilter(QObject* watched, QEvent* event)
 void Knob::change(qint64 candidate)
 {
     const qint64 limited = std::max<qint64>(std::min<qint64>(candidate, maximum), minimum);
+    const bool changed = value != limited;
     value = int(limited);
+    if (changed)
+        ControlAccessibility::announce(*this);
     // Painted on return to the event loop, so the order does not show; a receiver of the signal
     // may well delete the knob.
     update();

@@ -48,6 +48,13 @@ public:
     /// the widget's width; otherwise does nothing.
     void setShadow(bool enable, double factor);
 
+    /// The number that is printed for a value.
+    qint64 shownValue(int v) const;
+    /// The present one with its unit, as printed.
+    QString shownText() const;
+    /// As if that number had been typed.
+    void setShownValue(int shown);
+
     int value = -80;
     /// Pen width of both arcs and inset of their rectangle, in pixels.
     int arcWidth = 7;

@@ -120,9 +120,7 @@ void paintKnob(QPainter& painter, const Knob& knob)
 
 QRect paintKnobText(QPainter& painter, const Knob& knob)
 {
-    // Zero reads as zero on every scale.
-    const qint64 shown = knob.value == 0 ? 0 : qint64(knob.value) + knob.displayOffset;
-    const QString text = QString::number(shown) + knob.suffix;
+    const QString text = knob.shownText();
     painter.setPen(knob.textColor);
     const QRect area(0, 0, knob.width(), knob.height());
     const QRect place = painter.fontMetrics().boundingRect(area, Qt::AlignCenter, text);

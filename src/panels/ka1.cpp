@@ -83,6 +83,22 @@ void ka1::buildLayout()
     root->addLayout(inputStrip());
     root->addWidget(separator(this));
     root->addLayout(headphoneStrip());
+    nameControls();
+}
+
+void ka1::nameControls()
+{
+    name(micKnob, tr("INPUT"), tr("Gain"));
+    name(micMeter, tr("INPUT"), tr("Level"));
+    // By what it switches on: its own text says which input is on now.
+    name(instButton, tr("INPUT"), tr("INST"));
+    for (Button* toggle : {padButton, phantomButton, micDirect})
+        name(toggle, tr("INPUT"), toggle->text());
+    name(headphoneKnob, tr("HEADPHONE"), tr("Volume"));
+    for (Button* toggle : {headphoneMute, headphoneDim})
+        name(toggle, tr("HEADPHONE"), toggle->text());
+    otgToHpKnob->setAccessibleName(tr("Phone To HP Volume"));
+    name(otgHpMeter, tr("Phone To HP Volume"), tr("Level"));
 }
 
 QLayout* ka1::inputStrip()

@@ -20,6 +20,7 @@ protected:
 private:
     void createControls();
     void buildLayout();
+    void nameControls();
     QLayout* inputStrip();
     QLayout* headphoneStrip();
     void connectControls();

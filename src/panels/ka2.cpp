@@ -129,6 +129,11 @@ QLayout* ka2::layOut(const MicStrip& strip, const QString& heading)
     for (Button* toggle : {strip.pad, strip.phantom, strip.direct})
         layout->addWidget(toggle, 0, Qt::AlignHCenter);
     layout->addStretch();
+
+    name(strip.gain, heading, tr("Gain"));
+    name(strip.meter, heading, tr("Level"));
+    for (Button* toggle : {strip.pad, strip.phantom, strip.direct})
+        name(toggle, heading, toggle->text());
     return layout;
 }
 
@@ -143,6 +148,12 @@ QLayout* ka2::layOut(const OutputStrip& strip, const QString& heading, const QSt
     layout->addWidget(strip.phone, 0, Qt::AlignHCenter);
     layout->addWidget(strip.phoneMeter);
     layout->addWidget(caption(phoneCaption, smallCaptionStyle));
+
+    name(strip.volume, heading, tr("Volume"));
+    for (Button* toggle : {strip.mute, strip.dim})
+        name(toggle, heading, toggle->text());
+    strip.phone->setAccessibleName(phoneCaption);
+    name(strip.phoneMeter, phoneCaption, tr("Level"));
     return layout;
 }
 

@@ -71,6 +71,17 @@ void ks::buildLayout()
     root->addLayout(micStrip());
     root->addWidget(separator(this));
     root->addLayout(headphoneStrip());
+    nameControls();
+}
+
+void ks::nameControls()
+{
+    name(micKnob, tr("MIC"), tr("Gain"));
+    name(micMeter, tr("MIC"), tr("Level"));
+    name(micDirect, tr("MIC"), micDirect->text());
+    name(headphoneKnob, QStringLiteral("HEADPHONE"), tr("Volume"));
+    for (Button* toggle : {headphoneMute, headphoneDim})
+        name(toggle, QStringLiteral("HEADPHONE"), toggle->text());
 }
 
 QLayout* ks::micStrip()

@@ -19,6 +19,7 @@ protected:
 private:
     void createControls();
     void buildLayout();
+    void nameControls();
     QLayout* micStrip();
     QLayout* headphoneStrip();
     void connectControls();

@@ -2,6 +2,7 @@
 
 #include "controls/button.h"
 #include "controls/knob.h"
+#include "controls/read_out.h"
 #include "driver/gain.h"
 
 #include <QBoxLayout>
@@ -11,12 +12,11 @@
 
 namespace {
 
-QLabel* label(const QString& text, const char* style)
+QLabel* styled(QLabel* label, const char* style)
 {
-    auto* made = new QLabel(text);
-    made->setStyleSheet(QLatin1String(style));
-    made->setAlignment(Qt::AlignCenter);
-    return made;
+    label->setStyleSheet(QLatin1String(style));
+    label->setAlignment(Qt::AlignCenter);
+    return label;
 }
 
 Knob* panelKnob(int size, QWidget* parent)
@@ -48,17 +48,17 @@ void appendControls(QLayout* layout, QWidgetList& controls)
 
 QLabel* PanelWidgets::title(const QString& text)
 {
-    return label(text, "font-weight: bold; font-size: 12px; color: white;");
+    return styled(new QLabel(text), "font-weight: bold; font-size: 12px; color: white;");
 }
 
 QLabel* PanelWidgets::caption(const QString& text, const char* style)
 {
-    return label(text, style);
+    return styled(new QLabel(text), style);
 }
 
 QLabel* PanelWidgets::readOut(const QString& text)
 {
-    return label(text, "color: #888888; font-size: 8px;");
+    return styled(new ReadOut(text), "color: #888888; font-size: 8px;");
 }
 
 void PanelWidgets::showLevel(QLabel* readOut, double dB)
@@ -133,6 +133,11 @@ QBoxLayout* PanelWidgets::outputButtonRow(Button* mute, Button* dim)
     row->addWidget(mute);
     row->addWidget(dim);
     return row;
+}
+
+void PanelWidgets::name(QWidget* control, const QString& strip, const QString& itself)
+{
+    control->setAccessibleName(strip + u' ' + itself);
 }
 
 void PanelWidgets::tabInReadingOrder(QLayout* layout)

@@ -83,6 +83,7 @@ QComboBox* Settings::addChoice(const QString& label, const QStringList& items,
     mainLayout->addWidget(caption);
 
     auto* combo = new QComboBox(this);
+    caption->setBuddy(combo);
     combo->addItems(items);
     mainLayout->addWidget(combo);
     connect(combo, &QComboBox::currentIndexChanged, this, apply);

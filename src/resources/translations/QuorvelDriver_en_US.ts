@@ -124,6 +124,10 @@
         <source>-160 dB</source>
         <translation>-160 dB</translation>
     </message>
+    <message>
+        <source>Level</source>
+        <translation>Level</translation>
+    </message>
 </context>
 <context>
     <name>ka2</name>
@@ -163,6 +167,10 @@
         <source>Volume</source>
         <translation>Volume</translation>
     </message>
+    <message>
+        <source>Level</source>
+        <translation>Level</translation>
+    </message>
 </context>
 <context>
     <name>ks</name>
@@ -181,6 +189,10 @@
     <message>
         <source>Volume</source>
         <translation>Volume</translation>
+    </message>
+    <message>
+        <source>Level</source>
+        <translation>Level</translation>
     </message>
 </context>
 </TS>

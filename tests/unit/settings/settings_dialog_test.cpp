@@ -114,8 +114,10 @@ void SettingsDialogTest::choices()
     }
     QCOMPARE(texts, items);
     QCOMPARE(combo->currentIndex(), 0);
-    QCOMPARE(fixture.label(QTest::currentDataTag())->styleSheet(),
-             QString("font-size: 14px; color: #008888;"));
+    const QLabel* caption = fixture.label(QTest::currentDataTag());
+    QCOMPARE(caption->styleSheet(), QString("font-size: 14px; color: #008888;"));
+    // What screen readers call the combo box.
+    QCOMPARE(caption->buddy(), combo);
 }
 
 void SettingsDialogTest::order()

@@ -1,0 +1,208 @@
+#include "controls/button.h"
+#include "controls/control_accessibility.h"
+#include "controls/knob.h"
+#include "controls/read_out.h"
+#include "support/test_main.h"
+
+#include <QAccessible>
+#include <QSignalSpy>
+#include <QTest>
+#include <private/qguiapplication_p.h>
+#include <qpa/qplatformaccessibility.h>
+#include <qpa/qplatformintegration.h>
+
+namespace {
+
+/// What the toolkit has told assistive programs.
+QStringList told;
+
+void note(QAccessibleEvent* event)
+{
+    const QString name = event->accessibleInterface()->text(QAccessible::Name);
+    if (event->type() == QAccessible::ValueChanged)
+        told.append(name + " value " +
+                    static_cast<QAccessibleValueChangeEvent*>(event)->value().toString());
+    else if (event->type() == QAccessible::StateChanged)
+        told.append(name + " state");
+    else if (event->type() == QAccessible::NameChanged)
+        told.append(name + " name");
+}
+
+/// As when a screen reader comes or goes.
+void listen(bool active)
+{
+    QGuiApplicationPrivate::platformIntegration()->accessibility()->setActive(active);
+}
+
+QAccessibleInterface& interfaceOf(QObject& object)
+{
+    return *QAccessible::queryAccessibleInterface(&object);
+}
+
+} // namespace
+
+/// The controls as a screen reader finds them.
+class ControlAccessibilityTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init() { told.clear(); }
+    void knob();
+    void knobWithAnOffset();
+    void knobIsSet();
+    void knobTellsChanges();
+    void button();
+    void buttonIsPressed_data();
+    void buttonIsPressed();
+    void buttonTellsChanges();
+    void readOut();
+    void nobodyListens();
+};
+
+void ControlAccessibilityTest::initTestCase()
+{
+    ControlAccessibility::install();
+    ControlAccessibility::install();
+    listen(true);
+    QAccessible::installUpdateHandler(note);
+}
+
+void ControlAccessibilityTest::knob()
+{
+    Knob knob;
+    knob.setAccessibleName("MIC1 Gain");
+    knob.value = -20;
+    QAccessibleInterface& face = interfaceOf(knob);
+    QCOMPARE(face.role(), QAccessible::Slider);
+    QCOMPARE(face.text(QAccessible::Name), QString("MIC1 Gain"));
+    QCOMPARE(face.text(QAccessible::Value), QString("-20dB"));
+    QVERIFY(face.state().focusable);
+    const auto* const value = face.valueInterface();
+    QCOMPARE(value->currentValue().toInt(), -20);
+    QCOMPARE(value->minimumValue().toInt(), -80);
+    QCOMPARE(value->maximumValue().toInt(), 6);
+    QCOMPARE(value->minimumStepSize().toInt(), 1);
+}
+
+void ControlAccessibilityTest::knobWithAnOffset()
+{
+    Knob knob;
+    knob.minimum = 0;
+    knob.maximum = 56;
+    knob.displayOffset = 9;
+    knob.value = 0;
+    QAccessibleInterface& face = interfaceOf(knob);
+    QCOMPARE(face.text(QAccessible::Value), QString("0dB"));
+    QCOMPARE(face.valueInterface()->minimumValue().toInt(), 0);
+    QCOMPARE(face.valueInterface()->maximumValue().toInt(), 65);
+    knob.value = 1;
+    QCOMPARE(face.text(QAccessible::Value), QString("10dB"));
+    QCOMPARE(face.valueInterface()->currentValue().toInt(), 10);
+}
+
+void ControlAccessibilityTest::knobIsSet()
+{
+    Knob knob;
+    knob.minimum = 0;
+    knob.maximum = 56;
+    knob.displayOffset = 9;
+    knob.value = 3;
+    const QSignalSpy spy(&knob, &Knob::valueChangedSig);
+    auto* const value = interfaceOf(knob).valueInterface();
+    value->setCurrentValue(20);
+    QCOMPARE(knob.value, 11);
+    value->setCurrentValue(1000);
+    QCOMPARE(knob.value, 56);
+    value->setCurrentValue(0);
+    QCOMPARE(knob.value, 0);
+    QCOMPARE(spy.count(), 3);
+}
+
+void ControlAccessibilityTest::knobTellsChanges()
+{
+    Knob knob;
+    knob.setAccessibleName("Gain");
+    knob.displayOffset = 9;
+    told.clear();
+    knob.setValue(-80);
+    QCOMPARE(told, QStringList{});
+    knob.setValue(-20);
+    QCOMPARE(told, QStringList{"Gain value -11"});
+}
+
+void ControlAccessibilityTest::button()
+{
+    Button button(QStringLiteral("48V"));
+    QAccessibleInterface& face = interfaceOf(button);
+    QCOMPARE(face.role(), QAccessible::Button);
+    QCOMPARE(face.text(QAccessible::Name), QString("48V"));
+    button.setAccessibleName("MIC1 48V");
+    QCOMPARE(face.text(QAccessible::Name), QString("MIC1 48V"));
+    QVERIFY(face.state().checkable);
+    QVERIFY(!face.state().checked);
+    QVERIFY(face.state().focusable);
+    button.setOn(true);
+    QVERIFY(face.state().checked);
+}
+
+void ControlAccessibilityTest::buttonIsPressed_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<int>("announced");
+    QTest::newRow("press") << QAccessibleActionInterface::pressAction() << 2;
+    QTest::newRow("toggle") << QAccessibleActionInterface::toggleAction() << 2;
+    QTest::newRow("focus") << QAccessibleActionInterface::setFocusAction() << 0;
+}
+
+void ControlAccessibilityTest::buttonIsPressed()
+{
+    QFETCH(QString, action);
+    QFETCH(int, announced);
+    Button button(QStringLiteral("48V"));
+    const QSignalSpy spy(&button, &Button::pressed);
+    QAccessibleActionInterface* const actions = interfaceOf(button).actionInterface();
+    QVERIFY(actions->actionNames().contains(action));
+    actions->doAction(action);
+    QCOMPARE(spy.count(), announced);
+    QCOMPARE(button.on, announced != 0);
+}
+
+void ControlAccessibilityTest::buttonTellsChanges()
+{
+    Button button(QStringLiteral("48V"));
+    told.clear();
+    button.setOn(false);
+    QCOMPARE(told, QStringList{});
+    button.press();
+    QCOMPARE(told, QStringList{"48V state"});
+}
+
+void ControlAccessibilityTest::readOut()
+{
+    ReadOut readOut(QStringLiteral("-160 dB"));
+    readOut.setAccessibleName("MIC1 Level");
+    told.clear();
+    QAccessibleInterface& face = interfaceOf(readOut);
+    QCOMPARE(face.role(), QAccessible::StaticText);
+    QCOMPARE(face.text(QAccessible::Name), QString("MIC1 Level -160 dB"));
+    readOut.setText("-40.0 dB");
+    QCOMPARE(face.text(QAccessible::Name), QString("MIC1 Level -40.0 dB"));
+    QCOMPARE(told, QStringList{});
+}
+
+void ControlAccessibilityTest::nobodyListens()
+{
+    listen(false);
+    Knob knob;
+    knob.setValue(-20);
+    Button button(QStringLiteral("48V"));
+    button.press();
+    listen(true);
+    QCOMPARE(told, QStringList{});
+}
+
+QUORVEL_TEST_MAIN(ControlAccessibilityTest)
+
+#include "control_accessibility_test.moc"
