@@ -3,7 +3,6 @@
 #include "driver/driver_device.h"
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
 namespace {
@@ -17,13 +16,10 @@ bool DriverDevice::getFirmwareVersion(std::uint8_t* version, std::uint32_t lengt
 {
     return guarded(
         {"Failed to get firmware version: ", "Failed to get firmware version: Unknown error"}, [&] {
-            auto request = std::make_unique<ControlPacket>(
-                ControlPacket{.opcode = Opcode::readFirmwareVersion});
+            ControlPacket request{.opcode = Opcode::readFirmwareVersion};
             std::vector<std::uint8_t> reply(replySize);
-            const bool answered =
-                control(ControlCode::requestWithReply, request.get(), sizeof *request, reply.data(),
-                        static_cast<std::uint32_t>(reply.size()));
-            request.reset();
+            const bool answered = control(ControlCode::requestWithReply, &request, sizeof request,
+                                          reply.data(), static_cast<std::uint32_t>(reply.size()));
             if (!answered) {
                 writeErrorLine("Failed to read firmware version from device.");
                 return false;

@@ -28,6 +28,7 @@ private slots:
     void afterTheFirstIsGone();
     void guardIsReleased();
     void guardHoldsTheDecisionBack();
+    void oneCopyDecidesAtATime();
     void markerOfAnotherVersionCounts();
 };
 
@@ -89,6 +90,26 @@ void SingleInstanceTest::guardHoldsTheDecisionBack()
     copy.join();
     QVERIFY(!tooEarly);
     QCOMPARE(claim, SingleInstance::Claim::first);
+}
+
+/// The guard is the first copy's own here, as at the start of two copies in the same moment.
+void SingleInstanceTest::oneCopyDecidesAtATime()
+{
+    SingleInstance first;
+    std::atomic<bool> decided = false;
+    auto claim = SingleInstance::Claim::failed;
+    std::thread copy([&] {
+        SingleInstance second;
+        claim = second.claim();
+        decided = true;
+    });
+    QTest::qWait(300);
+    const bool tooEarly = decided;
+    const SingleInstance::Claim firstClaim = first.claim();
+    copy.join();
+    QVERIFY(!tooEarly);
+    QCOMPARE(firstClaim, SingleInstance::Claim::first);
+    QCOMPARE(claim, SingleInstance::Claim::alreadyRunning);
 }
 
 void SingleInstanceTest::markerOfAnotherVersionCounts()
