@@ -16,8 +16,10 @@ void FocusRing::bringUp(QWidget& widget)
 
 void FocusRing::paint(QPainter& painter, const QWidget& widget)
 {
-    constexpr qreal width = 2;
-    constexpr qreal inset = width / 2;
+    // A low button has no room for more between its text and its edge.
+    constexpr int lowHeight = 24;
+    const qreal width = widget.height() < lowHeight ? 1 : 2;
+    const qreal inset = width / 2;
     constexpr qreal radius = 4;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(Qt::white, width));

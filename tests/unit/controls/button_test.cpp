@@ -458,6 +458,13 @@ void ButtonTest::ringComesWithTheKeyboard()
         QCOMPARE(with.pixelColor(edge), QColor(Qt::white));
     QCOMPARE(with.copy(4, 4, 72, 32), without.copy(4, 4, 72, 32));
 
+    // The text of a low button stays clear of it.
+    button.setGeometry(10, 10, 80, 14);
+    const QImage low = picture();
+    QCOMPARE(low.pixelColor(40, 0), QColor(Qt::white));
+    QVERIFY(low.pixelColor(20, 1) != QColor(Qt::white));
+    button.setGeometry(10, 10, 80, 40);
+
     QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
     QVERIFY(other.hasFocus());
     QCOMPARE(picture(), without);
