@@ -27,6 +27,7 @@ SetCompressor /SOLID lzma
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\QuorvelDriver"
 !define SHORTCUT "$SMPROGRAMS\Quorvel control panel.lnk"
+!define GUIDE_SHORTCUT "$SMPROGRAMS\Quorvel control panel guide.lnk"
 !define SETTINGS_FOLDER "$APPDATA\QuorvelDriver"
 !define STILL_RUNNING 3
 
@@ -88,6 +89,7 @@ Section "$(ProgramSection)" ProgramSection
     SetOutPath "$INSTDIR"
     WriteUninstaller "$INSTDIR\uninstall.exe"
     CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}"
+    CreateShortcut "${GUIDE_SHORTCUT}" "$INSTDIR\guide\$(GuidePage)"
     Call RegisterProgram
 SectionEnd
 
@@ -154,6 +156,7 @@ Section "un.$(ProgramSection)" UnProgramSection
     ${GetOptions} $0 "/UPGRADE" $1
     ${If} ${Errors}
         Delete "${SHORTCUT}"
+        Delete "${GUIDE_SHORTCUT}"
         DeleteRegValue HKCU "${RUN_KEY}" "QuorvelDriver"
         DeleteRegKey HKCU "${UNINSTALL_KEY}"
     ${EndIf}

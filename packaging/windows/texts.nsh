@@ -8,8 +8,11 @@ LangString WelcomeText ${LANG_SIMPCHINESE} "本程序将为当前用户安装 Qu
 
 LangString ProgramSection ${LANG_ENGLISH} "Control panel"
 LangString ProgramSection ${LANG_SIMPCHINESE} "控制面板"
-LangString ProgramDescription ${LANG_ENGLISH} "The program and its entry in the Start menu."
-LangString ProgramDescription ${LANG_SIMPCHINESE} "程序及其开始菜单项。"
+LangString ProgramDescription ${LANG_ENGLISH} "The program, its guide, and their entries in the Start menu."
+LangString ProgramDescription ${LANG_SIMPCHINESE} "程序、使用指南及其开始菜单项。"
+
+LangString GuidePage ${LANG_ENGLISH} "en_US.html"
+LangString GuidePage ${LANG_SIMPCHINESE} "zh_CN.html"
 
 LangString AutostartSection ${LANG_ENGLISH} "Start at login"
 LangString AutostartSection ${LANG_SIMPCHINESE} "登录时启动"

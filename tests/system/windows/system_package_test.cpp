@@ -48,10 +48,10 @@ private:
     {
         return userFolder() + "/AppData/Local/Programs/QuorvelDriver/" + name;
     }
-    static QString shortcut()
+    static QStringList shortcuts()
     {
-        return userFolder() + "/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/"
-                              "Quorvel control panel.lnk";
+        const QDir menu(userFolder() + "/AppData/Roaming/Microsoft/Windows/Start Menu/Programs");
+        return menu.entryList({QStringLiteral("Quorvel*")}, QDir::Files, QDir::Name);
     }
 };
 
@@ -85,7 +85,7 @@ void SystemPackage::folderHasNothingUnknown()
     names.sort();
     QCOMPARE(names, QStringList({QStringLiteral("QuorvelDriver.exe"),
                                  QStringLiteral("QuorvelDriver_en_US.qm"),
-                                 QStringLiteral("QuorvelDriver_zh_CN.qm"),
+                                 QStringLiteral("QuorvelDriver_zh_CN.qm"), QStringLiteral("guide"),
                                  QStringLiteral("imageformats"), QStringLiteral("licences"),
                                  QStringLiteral("platforms"), QStringLiteral("styles")}));
 }
@@ -147,7 +147,11 @@ void SystemPackage::installsAndUninstallsSilently()
     QVERIFY(install());
     QVERIFY(QFile::exists(installed(QStringLiteral("QuorvelDriver.exe"))));
     QVERIFY(QFile::exists(installed(QStringLiteral("platforms/qwindows.dll"))));
-    QVERIFY(QFile::exists(shortcut()));
+    QCOMPARE(shortcuts(), QStringList({QStringLiteral("Quorvel control panel guide.lnk"),
+                                       QStringLiteral("Quorvel control panel.lnk")}));
+    for (const char* page : {"guide/en_US.html", "guide/zh_CN.html"})
+        QVERIFY(QFile::exists(installed(QString::fromLatin1(page))));
+    QVERIFY(QFile::exists(installed(QStringLiteral("guide/pictures/en_US/ka2.png"))));
 
     session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
@@ -158,7 +162,7 @@ void SystemPackage::installsAndUninstallsSilently()
     QVERIFY(QFile::exists(settings));
     QVERIFY(uninstall());
     // It goes after the folder, by which the end is told.
-    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(shortcut()), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(shortcuts().isEmpty(), 10000);
     QVERIFY(QFile::exists(settings));
 }
 
