@@ -1,7 +1,5 @@
 #include "support/test_main.h"
 #include "system/desktop/picture_search.h"
-#include "system/desktop/target.h"
-#include "system/desktop/tool.h"
 #include "system/desktop/wait_until.h"
 #include "system/end_states.h"
 
@@ -21,20 +19,8 @@ private slots:
     void impatientSystemAsksOften();
 
 private:
-    bool tellToEnd();
+    bool tellToEnd() { return session().askToEnd(panel()); }
 };
-
-bool SystemEnd::tellToEnd()
-{
-    if (!Target::isWindows()) {
-        panel().terminate();
-        return true;
-    }
-    const QStringList command =
-        Target::tool(QStringLiteral("quorvel-end-session")) +
-        QStringList{QStringLiteral("end"), QStringLiteral("QuorvelDriver.exe")};
-    return runTool(command.first(), command.mid(1), folder().environment()).has_value();
-}
 
 void SystemEnd::everyStateEnds()
 {

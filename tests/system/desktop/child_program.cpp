@@ -25,7 +25,7 @@ ChildProgram::ChildProgram(const QStringList& command, const QProcessEnvironment
     process.setProcessEnvironment(environment);
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(logName + QStringLiteral(".out"));
-    process.setStandardErrorFile(logName + QStringLiteral(".err"));
+    process.setStandardErrorFile(debugFile());
     process.start(command.first(), command.mid(1));
     if (!process.waitForStarted())
         qWarning("%s: %s", qPrintable(command.first()), qPrintable(process.errorString()));
@@ -58,7 +58,12 @@ qint64 ChildProgram::processId() const
 
 QStringList ChildProgram::debugLines() const
 {
-    return linesOf(logName + QStringLiteral(".err"));
+    return linesOf(debugFile());
+}
+
+QString ChildProgram::debugFile() const
+{
+    return logName + QStringLiteral(".err");
 }
 
 QStringList ChildProgram::outputLines() const

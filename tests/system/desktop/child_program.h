@@ -28,6 +28,8 @@ public:
 
     /// The lines written to standard error so far, where the debug stream goes.
     QStringList debugLines() const;
+    /// The file that takes them.
+    QString debugFile() const;
     /// The lines written to standard output so far.
     QStringList outputLines() const;
 

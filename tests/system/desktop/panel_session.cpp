@@ -36,6 +36,18 @@ bool PanelSession::startPanel()
     return panelProgram->waitForLine(QStringLiteral("Settings dialog created."));
 }
 
+bool PanelSession::askToEnd(ChildProgram& running)
+{
+    if (!Target::isWindows()) {
+        running.terminate();
+        return true;
+    }
+    const QStringList command =
+        Target::tool(QStringLiteral("quorvel-end-session")) +
+        QStringList{QStringLiteral("end"), QStringLiteral("QuorvelDriver.exe")};
+    return runTool(command.first(), command.mid(1), sessionFolder.environment()).has_value();
+}
+
 void PanelSession::printPanelLines() const
 {
     if (panelProgram == nullptr)

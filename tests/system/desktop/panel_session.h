@@ -23,6 +23,10 @@ public:
     bool startPanel();
     ChildProgram& panel() { return *panelProgram; }
 
+    /// Asks it to end as the system does: natively by a signal, on Windows with the end of the
+    /// user's session. False when it could not be asked.
+    bool askToEnd(ChildProgram& running);
+
     /// Starts this program instead, from now on.
     void setProgram(const QString& fileName) { program = fileName; }
     QString programFile() const { return program; }

@@ -64,17 +64,50 @@ std::optional<int> SimulatorTool::openHandles() const
     return isNumber ? std::optional(handles) : std::nullopt;
 }
 
+std::optional<QMap<int, double>> SimulatorTool::mixer() const
+{
+    const auto cells = lines({QStringLiteral("mixer")});
+    if (!cells)
+        return std::nullopt;
+    QMap<int, double> table;
+    for (const QString& cell : *cells)
+        table.insert(cell.section(QLatin1Char('='), 0, 0).toInt(),
+                     cell.section(QLatin1Char('='), 1).toDouble());
+    return table;
+}
+
 std::optional<double> SimulatorTool::mixerCell(int index) const
 {
-    const auto text = run({QStringLiteral("mixer")});
-    if (!text)
+    const auto table = mixer();
+    return table ? std::optional(table->value(index)) : std::nullopt;
+}
+
+std::optional<QMap<QString, QString>> SimulatorTool::state() const
+{
+    const QString separator = QStringLiteral(": ");
+    const auto rows = lines({QStringLiteral("state")});
+    if (!rows)
         return std::nullopt;
-    const QString name = QString::number(index) + QLatin1Char('=');
-    for (const QString& line : text->split(QLatin1Char('\n'))) {
-        if (line.startsWith(name))
-            return line.mid(name.size()).toDouble();
-    }
-    return 0.0;
+    QMap<QString, QString> values;
+    for (const QString& row : *rows)
+        values.insert(row.section(separator, 0, 0), row.section(separator, 1));
+    return values;
+}
+
+std::optional<QStringList> SimulatorTool::lastCommands() const
+{
+    auto rows = lines({QStringLiteral("commands")});
+    if (!rows)
+        return std::nullopt;
+    // "3x 01 07 00 02 01 54 00": how often it came stands first.
+    for (QString& row : *rows)
+        row = row.section(QLatin1Char(' '), 1).remove(QLatin1Char(' ')).toLower();
+    return rows;
+}
+
+bool SimulatorTool::order(const QStringList& words) const
+{
+    return run(words).has_value();
 }
 
 std::optional<QList<TracedRequest>> SimulatorTool::requests() const

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QRandomGenerator>
+#include <QtGlobal>
+
+#include <algorithm>
+
+/// How long the tests go on that try random moments.
+namespace Rounds {
+
+/// QUORVEL_TEST_ROUNDS, or what a run within all the others can afford.
+inline int number(int usual)
+{
+    const int wanted = qEnvironmentVariableIntValue("QUORVEL_TEST_ROUNDS");
+    return wanted > 0 ? wanted : usual;
+}
+
+/// QUORVEL_TEST_SEED, which repeats a run, or a new one.
+inline unsigned seed()
+{
+    static const unsigned number = qEnvironmentVariableIsSet("QUORVEL_TEST_SEED")
+                                       ? qEnvironmentVariable("QUORVEL_TEST_SEED").toUInt()
+                                       : QRandomGenerator::global()->generate();
+    return number;
+}
+
+/// Qt Test ends a function after five minutes, which many rounds exceed.
+inline void allowTimeFor(int rounds)
+{
+    constexpr int longestRound = 60'000; // ms
+    constexpr int usual = 600'000;       // ms
+    qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number(std::max(usual, rounds * longestRound)));
+}
+
+} // namespace Rounds
