@@ -1,10 +1,10 @@
+#include "support/rounds.h"
 #include "support/test_main.h"
 #include "system/desktop/line_follower.h"
 #include "system/desktop/picture_search.h"
 #include "system/desktop/system_test.h"
 #include "system/desktop/target.h"
 #include "system/desktop/tool.h"
-#include "system/rounds.h"
 #include "system/stored_story.h"
 
 #include <QDir>
@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <random>
 
 using namespace std::chrono_literals;
@@ -65,6 +66,9 @@ private:
     /// What is stored, in words, when the interface did not get it.
     QString flawOfReplay();
     bool openWindows();
+    /// The window with this title, opened and moved there.
+    std::optional<DesktopWindow> placed(const QString& title, QPoint place,
+                                        const std::function<bool()>& open);
     bool findControls(const DesktopWindow& window);
     QStringList storm();
     bool endInStorm(Ending way);
@@ -174,42 +178,49 @@ bool SystemKill::findControls(const DesktopWindow& window)
     return true;
 }
 
+std::optional<DesktopWindow> SystemKill::placed(const QString& title, QPoint place,
+                                                const std::function<bool()>& open)
+{
+    std::optional<DesktopWindow> window;
+    const auto isThere = [&] {
+        // Near by: the frame comes on top.
+        return window && (window->area.topLeft() - place).manhattanLength() < 80;
+    };
+    const bool done = waitUntil([&] {
+        window = Desktop::window(title);
+        if (!window) {
+            if (open())
+                waitUntil([&] { return (window = Desktop::window(title)).has_value(); }, 1s);
+            return false;
+        }
+        // A window manager that has not placed it yet does so afterwards.
+        if (!isThere())
+            runTool(QStringLiteral("xdotool"),
+                    {QStringLiteral("windowmove"), window->id, QString::number(place.x()),
+                     QString::number(place.y())});
+        return isThere();
+    });
+    if (!done) {
+        qWarning("no %s at its place", qPrintable(title));
+        return std::nullopt;
+    }
+    return window;
+}
+
 bool SystemKill::openWindows()
 {
-    const auto tool = Target::tool(QStringLiteral("quorvel-asio-peer"));
-    const auto placed = [](const DesktopWindow& window, QPoint place) {
-        return runTool(QStringLiteral("xdotool"),
-                       {QStringLiteral("windowmove"), window.id, QString::number(place.x()),
-                        QString::number(place.y())})
+    const auto panelWindow = placed(QStringLiteral("^Quorvel KA1 "), QPoint(20, 20), [] {
+        // The icon of a killed program may still be there for a moment.
+        const auto icons = Desktop::trayIcons();
+        return icons && icons->size() == 1 && Desktop::clickAgain(icons->first().center());
+    });
+    const auto dialog = placed(QStringLiteral("^Settings$"), QPoint(800, 20), [this] {
+        const auto tool = Target::tool(QStringLiteral("quorvel-asio-peer"));
+        return runTool(tool.first(), tool.mid(1) << QStringLiteral("open-settings"),
+                       folder().environment())
             .has_value();
-    };
-    // The icon of a killed program may still be there for a moment.
-    const auto icons = [] { return Desktop::trayIcons().value_or(QList<QRect>()); };
-    if (!waitUntil([&] { return icons().size() == 1; }))
-        return false;
-    const QPoint icon = icons().first().center();
-    std::optional<DesktopWindow> panelWindow;
-    const QString title = QStringLiteral("^Quorvel KA1 ");
-    const bool opened = waitUntil([&] {
-        if (!Desktop::clickAgain(icon))
-            return false;
-        return waitUntil([&] { return (panelWindow = Desktop::window(title)).has_value(); }, 1s);
     });
-    if (!opened || !placed(*panelWindow, QPoint(20, 20)) ||
-        !runTool(tool.first(), tool.mid(1) << QStringLiteral("open-settings"),
-                 folder().environment()))
-        return false;
-    std::optional<DesktopWindow> dialog;
-    const QString dialogTitle = QStringLiteral("^Settings$");
-    if (!waitUntil([&] { return (dialog = Desktop::window(dialogTitle)).has_value(); }) ||
-        !placed(*dialog, QPoint(800, 20)))
-        return false;
-    const bool apart = waitUntil([&] {
-        panelWindow = Desktop::window(title);
-        dialog = Desktop::window(dialogTitle);
-        return panelWindow && dialog && panelWindow->area.left() < 60 && dialog->area.left() >= 780;
-    });
-    if (!apart)
+    if (!panelWindow || !dialog)
         return false;
     dialogArea = dialog->area;
     return findControls(*panelWindow);

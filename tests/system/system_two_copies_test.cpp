@@ -1,7 +1,7 @@
 #include "support/test_main.h"
 #include "system/desktop/system_test.h"
 #include "system/desktop/target.h"
-#include "system/rounds.h"
+#include "support/rounds.h"
 
 #include <QDir>
 #include <QFile>

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QRandomGenerator>
+#include <QString>
 #include <QtGlobal>
 
 #include <algorithm>
