@@ -271,7 +271,11 @@ bool SystemKill::endInStorm(Ending way)
     }
     hands.kill();
     hands.waitForFinished();
-    return ended && !program->isRunning();
+    // They may have had a button down.
+    const bool released =
+        runTool(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")})
+            .has_value();
+    return ended && released && !program->isRunning();
 }
 
 void SystemKill::cutStartShort()

@@ -29,6 +29,22 @@ bool PanelSession::startSimulator()
         [this] { return simulatorProgram->outputLines().contains(QStringLiteral("ready")); });
 }
 
+bool PanelSession::restartSimulator()
+{
+    if (!Target::isWindows()) {
+        simulatorProgram.reset();
+        return startSimulator();
+    }
+    const auto service = [this](const char* order) {
+        const QStringList command = Target::command(QStringLiteral("net"));
+        return runTool(command.first(),
+                       command.mid(1) << QLatin1String(order) << QStringLiteral("quorvelsim"),
+                       sessionFolder.environment())
+            .has_value();
+    };
+    return service("stop") && service("start");
+}
+
 bool PanelSession::startPanel()
 {
     panelProgram = std::make_unique<ChildProgram>(panelCommand(), sessionFolder.environment(),

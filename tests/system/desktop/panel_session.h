@@ -18,6 +18,8 @@ public:
     /// Starts the simulator, nothing plugged in, and waits until it answers.
     bool startSimulator();
     const SimulatorTool& simulator() const { return tool; }
+    /// Ends it without warning, as if it had crashed, and starts it anew: all connections are dead.
+    bool restartSimulator();
 
     /// Starts the panel and waits for the debug line of its first settled step.
     bool startPanel();

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QStringList>
 
+#include <algorithm>
 #include <filesystem>
 
 #include <unistd.h>
@@ -37,16 +38,31 @@ std::optional<qint64> number(const QByteArray& text)
     return isNumber ? std::optional(value) : std::nullopt;
 }
 
-/// How often the thread has given up the processor by itself.
-std::optional<qint64> wakeUpsOf(const QString& threadFolder)
+/// The number behind this name in the status of a process or thread.
+std::optional<qint64> statusOf(const QString& folder, const char* field)
 {
-    const QByteArray name = "\nvoluntary_ctxt_switches:";
-    const auto text = contentOf(threadFolder + QStringLiteral("/status"));
+    const QByteArray name = QByteArray("\n") + field + ':';
+    const auto text = contentOf(folder + QStringLiteral("/status"));
     const qsizetype place = text ? text->indexOf(name) : -1;
     if (place < 0)
         return std::nullopt;
     const qsizetype start = place + name.size();
-    return number(text->mid(start, text->indexOf('\n', start) - start));
+    return number(text->mid(start, text->indexOf('\n', start) - start).replace(" kB", ""));
+}
+
+/// How often the thread has given up the processor by itself.
+std::optional<qint64> wakeUpsOf(const QString& threadFolder)
+{
+    return statusOf(threadFolder, "voluntary_ctxt_switches");
+}
+
+int socketsAmong(const QStringList& files)
+{
+    return static_cast<int>(std::count_if(files.begin(), files.end(), [](const QString& file) {
+        std::error_code error;
+        const auto target = std::filesystem::read_symlink(file.toStdString(), error);
+        return !error && target.string().starts_with("socket:");
+    }));
 }
 
 } // namespace
@@ -57,7 +73,8 @@ std::optional<ProcessFigures> ProcessFigures::of(qint64 processId)
     const auto text = contentOf(folder + QStringLiteral("/stat"));
     const auto files = entriesOf(folder + QStringLiteral("/fd"));
     const auto threads = entriesOf(folder + QStringLiteral("/task"));
-    if (!text || !files || !threads)
+    const auto memory = statusOf(folder, "RssAnon");
+    if (!text || !files || !threads || !memory)
         return std::nullopt;
 
     // The fields are counted behind the name, which may hold blanks itself.
@@ -73,6 +90,8 @@ std::optional<ProcessFigures> ProcessFigures::of(qint64 processId)
     figures.processorTime =
         std::chrono::milliseconds((*user + *system) * 1000 / sysconf(_SC_CLK_TCK));
     figures.openFiles = static_cast<int>(files->size());
+    figures.sockets = socketsAmong(*files);
+    figures.memory = *memory;
     figures.threads = static_cast<int>(threads->size());
     for (const QString& thread : *threads) {
         // One that has ended in the meantime has nothing more to tell.

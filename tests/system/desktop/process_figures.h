@@ -10,7 +10,9 @@ struct ProcessFigures
 {
     std::chrono::milliseconds processorTime{}; ///< User and system time since its start.
     int openFiles = 0;
+    int sockets = 0; ///< Among the open files.
     int threads = 0;
+    qint64 memory = 0;  ///< Of its own, in KiB.
     qint64 wakeUps = 0; ///< How often its threads have gone to sleep and come back.
 
     /// Nothing when there is no such process or the table does not tell.

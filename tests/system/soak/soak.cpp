@@ -1,0 +1,210 @@
+#include "system/soak/soak.h"
+
+#include "system/desktop/target.h"
+#include "system/desktop/wait_until.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString arrived = QStringLiteral("Device found with PID: 1");
+const QString initialised = QStringLiteral("设置初始化完成");
+const QString removed = QStringLiteral("Cleared all widgets from base layout.");
+
+constexpr std::chrono::milliseconds restInterval = 60s;
+constexpr std::chrono::milliseconds span = 4s; ///< of counting wake-ups
+
+// The settings dialog, the panel and the connection's watcher.
+constexpr int usedConnections = 3;
+constexpr int mostKeptConnections = 256;
+
+/// Above the first minute's. An allocator comes to rest late; a leak of what one action takes is
+/// far above after some hours.
+constexpr qint64 mostGrowth = 24 * 1024; // KiB
+/// In `span`: a timer that is left behind fires at least once a second.
+constexpr qint64 mostMoreWakeUps = 12;
+
+} // namespace
+
+Soak::Soak(std::chrono::minutes minutes, unsigned seed)
+    : length(minutes)
+    , random(seed)
+    , user(random)
+    , surroundings(session, random, figures)
+{
+}
+
+bool Soak::fail(const QString& what) const
+{
+    std::printf("after %lld s and %lld actions: %s\nthe last debug lines:\n",
+                clock.elapsed() / 1000, figures.actions, qPrintable(what));
+    for (const QString& line : lastLines)
+        std::printf("    %s\n", qPrintable(line));
+    std::fflush(stdout);
+    return false;
+}
+
+void Soak::takeLines()
+{
+    static const QRegularExpression bad(
+        QStringLiteral("Sanitizer|runtime error|QObject::|QThread|terminate called|assert"));
+    constexpr qsizetype kept = 60;
+    const QStringList lines = follower->take();
+    for (const QString& line : lines) {
+        if (line.startsWith(QStringLiteral("Device found with PID: ")))
+            ++figures.arrivals;
+        if (line == arrived || line == initialised || line == removed ||
+            line.startsWith(QStringLiteral("Device PID: ")))
+            ++counts[line.section(QLatin1Char(':'), 0, 0)];
+        if (alarm.isEmpty() && bad.match(line).hasMatch())
+            alarm = line;
+    }
+    lastLines =
+        (lastLines + lines).mid(std::max<qsizetype>(0, lastLines.size() + lines.size() - kept));
+}
+
+bool Soak::awaitLine(const QString& line)
+{
+    const QString name = line.section(QLatin1Char(':'), 0, 0);
+    const qint64 before = counts.value(name);
+    return waitUntil([&] {
+        takeLines();
+        return counts.value(name) > before;
+    });
+}
+
+/// A panel that was there is removed, and one that was not is looked for again.
+bool Soak::awaitRemoval()
+{
+    const QString look = QStringLiteral("Device PID");
+    const qint64 before = counts.value(look);
+    return waitUntil([&] {
+        takeLines();
+        return counts.value(look) >= before + 2;
+    });
+}
+
+std::optional<Soak::Holdings> Soak::rest()
+{
+    if (!surroundings.calmDown() || !user.closeEverything() || !awaitRemoval() ||
+        !surroundings.plugIn() || !awaitLine(initialised))
+        return std::nullopt;
+    // The watch goes on for a while before anything is counted.
+    QThread::msleep(2500);
+    takeLines();
+    const qint64 panel = session.panel().processId();
+    const auto before = ProcessFigures::of(panel);
+    QThread::msleep(static_cast<unsigned long>(span.count()));
+    const auto after = ProcessFigures::of(panel);
+    const auto connections = session.simulator().openHandles();
+    if (!before || !after || !connections)
+        return std::nullopt;
+    return Holdings{*after, *connections, after->wakeUps - before->wakeUps};
+}
+
+void Soak::print(const char* when, const Holdings& holdings) const
+{
+    const ProcessFigures& process = holdings.process;
+    std::printf("%s, %lld s: %lld actions, %lld arrivals; memory %lld KiB, descriptors %d (sockets "
+                "%d), threads %d, connections %d, wake-ups in %lld ms: %lld\n",
+                when, clock.elapsed() / 1000, figures.actions, figures.arrivals, process.memory,
+                process.openFiles, process.sockets, process.threads, holdings.connections,
+                static_cast<qint64>(span.count()), holdings.wakeUpsInSpan);
+    std::fflush(stdout);
+}
+
+bool Soak::isSound(const Holdings& now)
+{
+    largestMemory = std::max(largestMemory, now.process.memory);
+    const int kept = now.connections - usedConnections;
+    if (kept < 0 || kept > mostKeptConnections)
+        return fail(QStringLiteral("%1 connections").arg(now.connections));
+    if (!first) {
+        first = now;
+        return true;
+    }
+    const ProcessFigures& then = first->process;
+    if (now.process.threads > then.threads)
+        return fail(QStringLiteral("more threads"));
+    if (now.process.openFiles - now.process.sockets > then.openFiles - then.sockets)
+        return fail(QStringLiteral("more descriptors"));
+    if (now.process.sockets > then.sockets + mostKeptConnections)
+        return fail(QStringLiteral("more sockets"));
+    if (now.process.memory > then.memory + mostGrowth)
+        return fail(QStringLiteral("more memory"));
+    if (now.wakeUpsInSpan > first->wakeUpsInSpan + mostMoreWakeUps)
+        return fail(QStringLiteral("more timers"));
+    return true;
+}
+
+bool Soak::start()
+{
+    if (!session.startSimulator() || !surroundings.plugIn() || !session.startPanel())
+        return fail(QStringLiteral("the panel does not start"));
+    follower = std::make_unique<LineFollower>(session.panel().debugFile());
+    return awaitLine(initialised) || fail(QStringLiteral("the interface is not found"));
+}
+
+/// Until the next rest or the end.
+bool Soak::goOn()
+{
+    QElapsedTimer since;
+    since.start();
+    while (!since.hasExpired(restInterval.count()) &&
+           !clock.hasExpired(std::chrono::milliseconds(length).count())) {
+        random.chance(75) ? user.act() : surroundings.act();
+        ++figures.actions;
+        takeLines();
+        if (!alarm.isEmpty())
+            return fail(alarm);
+        if (!session.panel().isRunning())
+            return fail(QStringLiteral("the panel does not run any more"));
+        QThread::msleep(static_cast<unsigned long>(random.below(100)));
+    }
+    return true;
+}
+
+bool Soak::end()
+{
+    surroundings.takeCounts();
+    if (!session.askToEnd(session.panel()))
+        return fail(QStringLiteral("the panel cannot be asked to end"));
+    const int code = session.panel().waitForExit().value_or(-1);
+    takeLines();
+    if (code != 0)
+        return fail(QStringLiteral("the panel ended with %1").arg(code));
+    return true;
+}
+
+bool Soak::run()
+{
+    clock.start();
+    if (!start())
+        return false;
+    std::optional<Holdings> last;
+    while (!last || !clock.hasExpired(std::chrono::milliseconds(length).count())) {
+        if (!goOn())
+            return false;
+        last = rest();
+        if (!last)
+            return fail(QStringLiteral("the panel does not come to rest"));
+        print(first ? "at rest" : "first rest", *last);
+        if (!alarm.isEmpty() || !isSound(*last))
+            return alarm.isEmpty() ? false : fail(alarm);
+    }
+    if (!end())
+        return false;
+    std::printf(
+        "%lld s: %lld actions, %lld arrivals, %lld requests, %lld refused, %lld restarts of "
+        "the simulator, %lld pipe clients, %lld further copies\n"
+        "memory grew by %lld KiB, by %lld at most, since the first rest\n",
+        clock.elapsed() / 1000, figures.actions, figures.arrivals, figures.requests, figures.faults,
+        figures.restarts, figures.pipeClients, figures.copies,
+        last->process.memory - first->process.memory, largestMemory - first->process.memory);
+    return true;
+}
