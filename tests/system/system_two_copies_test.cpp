@@ -1,7 +1,7 @@
+#include "support/rounds.h"
 #include "support/test_main.h"
 #include "system/desktop/system_test.h"
 #include "system/desktop/target.h"
-#include "support/rounds.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,7 +9,37 @@
 #include <array>
 #include <random>
 
-using namespace std::chrono_literals;
+#include <sys/file.h>
+
+namespace {
+
+/// Holds up programs that are started behind it, to let them go in the very same moment.
+class Gate
+{
+public:
+    explicit Gate(const QString& fileName)
+        : file(fileName)
+    {
+        // One of an earlier gate may still be held by a program that went through it.
+        QFile::remove(fileName);
+        if (!file.open(QFile::ReadWrite) || ::flock(file.handle(), LOCK_EX) != 0)
+            qFatal("cannot close the gate");
+    }
+
+    /// What stands before the command of such a program.
+    QStringList command() const
+    {
+        return {QStringLiteral("flock"), QStringLiteral("--shared"), QStringLiteral("--no-fork"),
+                file.fileName()};
+    }
+
+    void open() const { ::flock(file.handle(), LOCK_UN); }
+
+private:
+    QFile file;
+};
+
+} // namespace
 
 /// Two copies started in the same moment, again and again, also where a killed copy has left its
 /// mark: one runs, the other leaves with 0.
@@ -33,17 +63,19 @@ private:
     QString flawOf(Copies& copies, std::size_t runs) const;
     unsigned below(unsigned bound) { return static_cast<unsigned>(random() % bound); }
 
-    const int rounds = Rounds::number(Target::isWindows() ? 5 : 20);
+    const int rounds = Rounds::number(Target::isWindows() ? 5 : 15);
     std::mt19937 random{Rounds::seed()};
 };
 
 std::optional<std::size_t> SystemTwoCopies::startTwo(Copies& copies)
 {
-    // Most rounds try the very same moment, the others all stages of the first one's start.
-    const unsigned distance = below(2) == 0 ? 0 : below(Target::isWindows() ? 400 : 60);
-    copies[0] = session().startCopy();
-    QThread::msleep(distance);
-    copies[1] = session().startCopy();
+    // Both wait at a gate before they become the program.
+    const Gate gate(folder().path(QStringLiteral("gate")));
+    const bool together = below(4) != 0;
+    copies[0] = session().startCopy(together ? gate.command() : QStringList());
+    copies[1] = session().startCopy(together ? gate.command() : QStringList());
+    QThread::msleep(50);
+    gate.open();
     const auto decided = [](const auto& copy) {
         return !copy->isRunning() ||
                copy->debugLines().contains(QStringLiteral("Settings dialog created."));

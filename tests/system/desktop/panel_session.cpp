@@ -73,10 +73,10 @@ void PanelSession::printPanelLines() const
         std::fprintf(stderr, "    %s\n", qUtf8Printable(line));
 }
 
-std::unique_ptr<ChildProgram> PanelSession::startCopy()
+std::unique_ptr<ChildProgram> PanelSession::startCopy(const QStringList& launcher)
 {
     return std::make_unique<ChildProgram>(
-        panelCommand(), sessionFolder.environment(),
+        launcher + panelCommand(), sessionFolder.environment(),
         sessionFolder.path(QStringLiteral("copy-%1").arg(++copies)));
 }
 

@@ -36,8 +36,8 @@ public:
     /// Shows the debug lines of a panel that was started, on standard error.
     void printPanelLines() const;
 
-    /// Starts a further copy in the same session.
-    std::unique_ptr<ChildProgram> startCopy();
+    /// Starts a further copy in the same session, by the command that is put before its own.
+    std::unique_ptr<ChildProgram> startCopy(const QStringList& launcher = {});
 
     /// The value stored in one of the panel's settings files; empty when there is none.
     QString storedValue(const QString& fileName, const QString& key) const;
