@@ -271,10 +271,11 @@ bool SystemKill::endInStorm(Ending way)
     }
     hands.kill();
     hands.waitForFinished();
-    // They may have had a button down.
-    const bool released =
-        runTool(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")})
-            .has_value();
+    // They may have had a button or the wheel down, with which no icon takes a click.
+    QStringList release;
+    for (const char* button : {"1", "4", "5"})
+        release << QStringLiteral("mouseup") << QLatin1String(button);
+    const bool released = runTool(QStringLiteral("xdotool"), release).has_value();
     return ended && released && !program->isRunning();
 }
 
