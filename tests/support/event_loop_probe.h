@@ -7,8 +7,8 @@
 #include <chrono>
 
 /// Ticks in the event loop of its thread, as often as that comes round, and keeps the longest time
-/// between two ticks. That the thread was ready to run and other programs had the processor is not
-/// counted where the system tells of it.
+/// between two ticks. Time in which threads of this process were ready to run and other programs
+/// had the processor is not counted where the system tells of it.
 class EventLoopProbe : public QObject
 {
     Q_OBJECT

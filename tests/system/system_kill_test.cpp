@@ -28,7 +28,7 @@ const QString unsaved = QStringLiteral("Cannot save the settings yet:");
 /// In this many rounds the program is asked to end instead, for comparison.
 constexpr int askedOnce = 5;
 /// And in this many it is killed while it starts.
-constexpr int earlyOnce = 4;
+constexpr int earlyOnce = 3;
 
 qint64 median(QList<qint64> values)
 {
@@ -79,7 +79,7 @@ private:
     void report() const;
     int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
 
-    const int rounds = Rounds::number(8);
+    const int rounds = Rounds::number(10);
     std::mt19937 random{Rounds::seed()};
     StoredStory::Entries files; ///< As the round before has left them.
     std::unique_ptr<ChildProgram> program;

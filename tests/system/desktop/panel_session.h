@@ -24,6 +24,7 @@ public:
     /// Starts the panel and waits for the debug line of its first settled step.
     bool startPanel();
     ChildProgram& panel() { return *panelProgram; }
+    const ChildProgram& panel() const { return *panelProgram; }
 
     /// Asks it to end as the system does: natively by a signal, on Windows with the end of the
     /// user's session. False when it could not be asked.

@@ -56,12 +56,18 @@ std::optional<qint64> wakeUpsOf(const QString& threadFolder)
     return statusOf(threadFolder, "voluntary_ctxt_switches");
 }
 
+/// "socket:[4711]" for one, the full name for a file.
+QString openedAs(const QString& entry)
+{
+    std::error_code error;
+    return QString::fromStdString(
+        std::filesystem::read_symlink(entry.toStdString(), error).string());
+}
+
 int socketsAmong(const QStringList& files)
 {
     return static_cast<int>(std::count_if(files.begin(), files.end(), [](const QString& file) {
-        std::error_code error;
-        const auto target = std::filesystem::read_symlink(file.toStdString(), error);
-        return !error && target.string().starts_with("socket:");
+        return openedAs(file).startsWith(QStringLiteral("socket:"));
     }));
 }
 
@@ -101,4 +107,19 @@ std::optional<ProcessFigures> ProcessFigures::of(qint64 processId)
         figures.wakeUps += wakeUps.value_or(0);
     }
     return figures;
+}
+
+QStringList ProcessFigures::details(qint64 processId)
+{
+    const QString folder = QStringLiteral("/proc/%1").arg(processId);
+    QStringList details;
+    for (const QString& thread :
+         entriesOf(folder + QStringLiteral("/task")).value_or(QStringList()))
+        details.append(
+            QStringLiteral("thread ") +
+            QString::fromUtf8(contentOf(thread + QStringLiteral("/comm")).value_or(QByteArray()))
+                .trimmed());
+    for (const QString& file : entriesOf(folder + QStringLiteral("/fd")).value_or(QStringList()))
+        details.append(openedAs(file));
+    return details;
 }

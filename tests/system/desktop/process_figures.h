@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <QtGlobal>
 
 #include <chrono>
@@ -17,4 +18,7 @@ struct ProcessFigures
 
     /// Nothing when there is no such process or the table does not tell.
     static std::optional<ProcessFigures> of(qint64 processId);
+
+    /// The names of its threads and what its files are, for a report.
+    static QStringList details(qint64 processId);
 };

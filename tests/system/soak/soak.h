@@ -32,12 +32,13 @@ private:
 
     bool start();
     bool goOn();
-    /// Lets everything come to rest and measures.
-    std::optional<Holdings> rest();
+    bool rest();
+    std::optional<Holdings> measured() const;
+    QString flawOf(const Holdings& now) const;
+    bool settles(Holdings& holdings);
     bool awaitLine(const QString& line);
     bool awaitRemoval();
     void takeLines();
-    bool isSound(const Holdings& now);
     bool end();
     void print(const char* when, const Holdings& holdings) const;
     bool fail(const QString& what) const;
@@ -53,6 +54,7 @@ private:
     QMap<QString, qint64> counts; ///< of the lines that are waited for
     QString alarm;                ///< A line that must not be there.
     std::optional<Holdings> first;
+    QStringList firstDetails;
     qint64 largestMemory = 0;
     QElapsedTimer clock;
 };

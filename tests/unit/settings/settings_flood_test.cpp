@@ -6,11 +6,15 @@
 #include "support/test_main.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QTest>
 #include <QThread>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -20,6 +24,7 @@ namespace {
 
 constexpr int floodClients = 4;
 constexpr qint64 longestEnd = 1000; // ms
+const QString playClientsOption = QStringLiteral("--play-clients");
 const QByteArray openMessage = QByteArray(16, '\0') + QByteArray("\1\0\0\0", 4);
 
 /// Milliseconds. Where a busy machine's part in it cannot be told, only a blocked loop is.
@@ -28,67 +33,98 @@ double longestGap()
     return EventLoopProbe::leavesOutQueueing() ? 50 : 1000;
 }
 
-/// Clients that come as fast as they can, each in another way, until told to stop.
+/// What a client does once it is connected; each next one something else.
+void visit(PipePeer::Client& client, unsigned way)
+{
+    switch (way % 6) {
+    case 0: // Waits until it has been heard.
+        client.write(openMessage);
+        client.waitForParting();
+        break;
+    case 1: // Writes and vanishes.
+        client.write(openMessage);
+        break;
+    case 2: // Never writes.
+        QThread::msleep(20);
+        break;
+    case 3: // Vanishes at once.
+        break;
+    case 4: // More than is read.
+        client.write(QByteArray(1025, '\1'));
+        break;
+    default: // As many messages as are taken.
+        for (int i = 0; i < 20 && client.write(QByteArray(i, '\1')) == ERROR_SUCCESS; ++i) {
+        }
+        break;
+    }
+}
+
+/// The whole of the process that plays the clients: they come as fast as they can until it is
+/// killed. Prints how many came and how many got in.
+[[noreturn]] void playClients(unsigned seed)
+{
+    std::atomic<int> attempts = 0;
+    std::atomic<int> connections = 0;
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < floodClients; ++i) {
+        threads.emplace_back([&, way = seed + i]() mutable {
+            for (;;) {
+                PipePeer::Client client(PipePeer::settingsPipe);
+                ++attempts;
+                if (client.tryConnect() != ERROR_SUCCESS)
+                    continue;
+                ++connections;
+                visit(client, way++);
+            }
+        });
+    }
+    while (std::printf("%d %d\n", attempts.load(), connections.load()) > 0 &&
+           std::fflush(stdout) == 0)
+        QThread::msleep(50);
+    // Nobody listens any more, and the clients have no end of their own.
+    std::_Exit(0);
+}
+
+/// Those clients, as a process of their own like the real ones: the probe must know them from
+/// the threads whose work holds up the event loop.
 class Flood
 {
 public:
-    explicit Flood(unsigned seed)
+    Flood()
     {
-        for (unsigned i = 0; i < floodClients; ++i)
-            threads.emplace_back([this, number = seed + i] { run(number); });
+        process.start(QCoreApplication::applicationFilePath(),
+                      {playClientsOption, QString::number(Rounds::seed())});
+        if (!process.waitForStarted())
+            qFatal("cannot start the clients");
     }
     ~Flood()
     {
-        enough = true;
-        for (std::thread& thread : threads)
-            thread.join();
+        process.kill();
+        process.waitForFinished();
     }
     Flood(const Flood&) = delete;
     Flood& operator=(const Flood&) = delete;
 
-    std::atomic<int> attempts = 0;
-    std::atomic<int> connections = 0;
+    /// Takes up what has come since.
+    void look()
+    {
+        unfinished += process.readAllStandardOutput();
+        const qsizetype end = unfinished.lastIndexOf('\n');
+        if (end < 0)
+            return;
+        const QList<QByteArray> counts =
+            unfinished.left(end).split('\n').constLast().trimmed().split(' ');
+        attempts = counts.value(0).toInt();
+        connections = counts.value(1).toInt();
+        unfinished.remove(0, end + 1);
+    }
+
+    int attempts = 0;
+    int connections = 0;
 
 private:
-    void run(unsigned way)
-    {
-        while (!enough) {
-            PipePeer::Client client(PipePeer::settingsPipe);
-            ++attempts;
-            if (client.tryConnect() != ERROR_SUCCESS)
-                continue;
-            ++connections;
-            visit(client, way++);
-        }
-    }
-
-    static void visit(PipePeer::Client& client, unsigned way)
-    {
-        switch (way % 6) {
-        case 0: // Waits until it has been heard.
-            client.write(openMessage);
-            client.waitForParting();
-            break;
-        case 1: // Writes and vanishes.
-            client.write(openMessage);
-            break;
-        case 2: // Never writes.
-            QThread::msleep(20);
-            break;
-        case 3: // Vanishes at once.
-            break;
-        case 4: // More than is read.
-            client.write(QByteArray(1025, '\1'));
-            break;
-        default: // As many messages as are taken.
-            for (int i = 0; i < 20 && client.write(QByteArray(i, '\1')) == ERROR_SUCCESS; ++i) {
-            }
-            break;
-        }
-    }
-
-    std::atomic<bool> enough = false;
-    std::vector<std::thread> threads;
+    QProcess process;
+    QByteArray unfinished;
 };
 
 } // namespace
@@ -112,6 +148,9 @@ private slots:
     void endWithHalfOpenClients();
 
 private:
+    void judge(const std::function<double()>& longestGapOfTry);
+    double flood();
+    static double silence();
     /// Connects and asks for the dialog, which must come up.
     bool isServed();
 
@@ -126,7 +165,7 @@ void SettingsFloodTest::init()
     log.emplace();
     dialog = std::make_unique<Settings>();
     // Fonts and styles are loaded for the first window of a program.
-    dialog->show();
+    dialog->showFromPipe();
     QVERIFY(QTest::qWaitForWindowExposed(dialog.get()));
     QTest::qWait(100);
 }
@@ -173,49 +212,75 @@ void SettingsFloodTest::probeSeesABlockedLoop()
     QVERIFY2(probe.longestGap() >= 40, qPrintable(QString::number(probe.longestGap())));
 }
 
+/// A gap that the machine is to blame for does not come three times in a row; one of the program's
+/// does.
+void SettingsFloodTest::judge(const std::function<double()>& longestGapOfTry)
+{
+    QStringList gaps;
+    bool within = false;
+    for (int i = 0; i < 3 && !within && !QTest::currentTestFailed(); ++i) {
+        const double gap = longestGapOfTry();
+        gaps.append(QString::number(gap));
+        within = gap < longestGap();
+    }
+    figures +=
+        QStringLiteral("longest gap ") + gaps.join(QStringLiteral(", ")) + QStringLiteral(" ms");
+    QVERIFY2(within, qPrintable(gaps.join(QLatin1Char(' '))));
+}
+
+double SettingsFloodTest::flood()
+{
+    Flood clients;
+    const EventLoopProbe probe;
+    // Ten are served in a second.
+    const bool came = QTest::qWaitFor(
+        [&] {
+            clients.look();
+            return clients.connections >= connections && clients.attempts >= 1000;
+        },
+        60000 + connections * 1000);
+    const double gap = probe.longestGap();
+    figures += QStringLiteral("%1 attempts, %2 connections; ")
+                   .arg(clients.attempts)
+                   .arg(clients.connections);
+    if (!came)
+        QTest::qFail("too few connections", __FILE__, __LINE__);
+    return gap;
+}
+
+double SettingsFloodTest::silence()
+{
+    std::atomic<int> connected = 0;
+    std::atomic<bool> over = false;
+    std::thread silent([&] {
+        std::deque<PipePeer::Client> clients;
+        for (int i = 0; i < 50; ++i) {
+            if (clients.emplace_back(PipePeer::settingsPipe).tryConnect() == ERROR_SUCCESS)
+                ++connected;
+            QThread::msleep(20);
+        }
+        clients.clear();
+        over = true;
+    });
+    const EventLoopProbe probe;
+    const bool ended = QTest::qWaitFor([&] { return over.load(); }, 60000);
+    const double gap = probe.longestGap();
+    silent.join();
+    if (!ended || connected < 1)
+        QTest::qFail("nobody got in", __FILE__, __LINE__);
+    return gap;
+}
+
 void SettingsFloodTest::manyClients()
 {
-    EventLoopProbe probe;
-    QElapsedTimer clock;
-    clock.start();
-    int attempts = 0;
-    int served = 0;
-    {
-        const Flood flood(Rounds::seed());
-        // Ten are served in a second.
-        QVERIFY(QTest::qWaitFor(
-            [&] { return flood.connections >= connections && flood.attempts >= 1000; },
-            60000 + connections * 1000));
-        attempts = flood.attempts;
-        served = flood.connections;
-        // So that clients in the middle of a visit can leave.
-        QTest::qWait(200);
-    }
+    judge([this] { return flood(); });
     QVERIFY(isServed());
-    figures = QStringLiteral("%1 attempts, %2 connections in %3 ms, longest gap %4 ms")
-                  .arg(attempts)
-                  .arg(served)
-                  .arg(clock.elapsed())
-                  .arg(probe.longestGap());
-    QVERIFY2(probe.longestGap() < longestGap(), qPrintable(QString::number(probe.longestGap())));
 }
 
 void SettingsFloodTest::silentClients()
 {
-    EventLoopProbe probe;
-    {
-        std::deque<PipePeer::Client> clients;
-        int connected = 0;
-        for (int i = 0; i < 50; ++i) {
-            connected +=
-                clients.emplace_back(PipePeer::settingsPipe).tryConnect() == ERROR_SUCCESS ? 1 : 0;
-            QTest::qWait(20);
-        }
-        QVERIFY(connected >= 1);
-    }
+    judge([this] { return silence(); });
     QVERIFY(isServed());
-    figures = QStringLiteral("longest gap %1 ms").arg(probe.longestGap());
-    QVERIFY2(probe.longestGap() < longestGap(), qPrintable(QString::number(probe.longestGap())));
 }
 
 void SettingsFloodTest::endWithHalfOpenClients()
@@ -227,7 +292,7 @@ void SettingsFloodTest::endWithHalfOpenClients()
         if (round % 2 == 0)
             QCOMPARE(silent.connect(), DWORD{ERROR_SUCCESS});
         else
-            flood.emplace(Rounds::seed());
+            flood.emplace();
         QTest::qWait(round * 10);
         QElapsedTimer clock;
         clock.start();
@@ -243,5 +308,13 @@ void SettingsFloodTest::endWithHalfOpenClients()
     QVERIFY(isServed());
 }
 
-QUORVEL_TEST_MAIN(SettingsFloodTest)
+int main(int argc, char** argv)
+{
+    if (argc == 3 && playClientsOption == QLatin1String(argv[1]))
+        playClients(QByteArray(argv[2]).toUInt());
+    return runTest(argc, argv, []() -> std::unique_ptr<QObject> {
+        return std::make_unique<SettingsFloodTest>();
+    });
+}
+
 #include "settings_flood_test.moc"
