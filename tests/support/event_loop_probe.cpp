@@ -26,8 +26,10 @@ bool EventLoopProbe::leavesOutQueueing()
 void EventLoopProbe::tick()
 {
     const std::chrono::nanoseconds queueing = queueingTime().value_or(lastQueueing);
-    const std::chrono::nanoseconds gap =
-        std::chrono::nanoseconds(clock.nsecsElapsed()) - (queueing - lastQueueing);
+    // A thread that has ended takes its time with it.
+    const std::chrono::nanoseconds queued =
+        std::max(queueing - lastQueueing, std::chrono::nanoseconds());
+    const std::chrono::nanoseconds gap = std::chrono::nanoseconds(clock.nsecsElapsed()) - queued;
     clock.start();
     lastQueueing = queueing;
     longest = std::max(longest, gap);
