@@ -69,7 +69,7 @@ private:
 
 std::optional<std::size_t> SystemTwoCopies::startTwo(Copies& copies)
 {
-    // Both wait at a gate before they become the program.
+    // Both wait at a gate before they become the program; some come right after each other.
     const Gate gate(folder().path(QStringLiteral("gate")));
     const bool together = below(4) != 0;
     copies[0] = session().startCopy(together ? gate.command() : QStringList());
@@ -93,8 +93,9 @@ QString SystemTwoCopies::flawOf(Copies& copies, std::size_t runs) const
     ChildProgram& other = *copies.at(1 - runs);
     if (other.waitForExit() != 0)
         return QStringLiteral("exit code");
-    if (other.debugLines() != QStringList{QStringLiteral("Quorvel Mixer 已经在运行中。")})
-        return other.debugLines().join(QLatin1Char('|'));
+    const QStringList told = other.debugLines();
+    if (!told.contains(QStringLiteral("Quorvel Mixer 已经在运行中。")) || told.contains(created))
+        return told.join(QLatin1Char('|'));
     if (!copies.at(runs)->isRunning() || copies.at(runs)->debugLines().count(created) != 1)
         return copies.at(runs)->debugLines().join(QLatin1Char('|'));
     return {};
