@@ -267,7 +267,14 @@ bool SystemKill::endInStorm(Ending way)
         program->kill();
         ++stormKills;
     } else {
-        ended = session().askToEnd(*program) && program->waitForExit() == 0;
+        ended = session().askToEnd(*program);
+        const auto code = program->waitForExit();
+        if (code != 0) {
+            qWarning("asked to end, it %s",
+                     code ? qPrintable(QStringLiteral("ended with %1").arg(*code))
+                          : (program->isRunning() ? "runs on" : "crashed"));
+            ended = false;
+        }
     }
     hands.kill();
     hands.waitForFinished();

@@ -22,9 +22,9 @@ void Surroundings::act()
         addFault();
     else if (way < 65)
         changeReading();
-    else if (way < 92)
+    else if (way < 88)
         visitPipe();
-    else if (way < 97)
+    else if (way < 93)
         startCopy();
     else
         restartSimulator();
