@@ -110,6 +110,10 @@ bool SystemKill::awaitReplay()
             story->take(line);
         return arrived.contains(shown);
     });
+    if (!came)
+        qWarning("the interface is not served; left beside the files: %s\n%s",
+                 qPrintable(leavings().join(QLatin1Char(' '))),
+                 qPrintable(program->debugLines().join(QLatin1Char('\n'))));
     (lastEnding == Ending::killed ? startsAfterKill : startsAfterEnd).append(clock.elapsed());
     return came;
 }
