@@ -72,6 +72,7 @@ private:
     bool findControls(const DesktopWindow& window);
     QStringList storm();
     bool endInStorm(Ending way);
+    bool endsInOrder();
     /// Reads the files and holds them against the lines.
     QString flawOfFiles();
     /// What lies beside the settings files.
@@ -266,20 +267,14 @@ bool SystemKill::endInStorm(Ending way)
     if (!hands.waitForStarted())
         return false;
     QThread::msleep(static_cast<unsigned long>(below(700)));
-    bool ended = true;
+    bool asked = true;
     if (way == Ending::killed) {
         program->kill();
         ++stormKills;
     } else {
-        ended = session().askToEnd(*program);
-        const auto code = program->waitForExit();
-        if (code != 0) {
-            qWarning("asked to end, it %s",
-                     code ? qPrintable(QStringLiteral("ended with %1").arg(*code))
-                          : (program->isRunning() ? "runs on" : "crashed"));
-            ended = false;
-        }
+        asked = session().askToEnd(*program);
     }
+    // An orderly end comes after what the hands have done already, but not while they go on.
     hands.kill();
     hands.waitForFinished();
     // They may have had a button or the wheel down, with which no icon takes a click.
@@ -287,7 +282,18 @@ bool SystemKill::endInStorm(Ending way)
     for (const char* button : {"1", "4", "5"})
         release << QStringLiteral("mouseup") << QLatin1String(button);
     const bool released = runTool(QStringLiteral("xdotool"), release).has_value();
-    return ended && released && !program->isRunning();
+    return asked && released && (way == Ending::killed || endsInOrder()) && !program->isRunning();
+}
+
+bool SystemKill::endsInOrder()
+{
+    const auto code = program->waitForExit();
+    if (code == 0)
+        return true;
+    const QString end = code ? QStringLiteral("ended with %1").arg(*code)
+                             : QLatin1String(program->isRunning() ? "runs on" : "crashed");
+    qWarning("asked to end, it %s", qPrintable(end));
+    return false;
 }
 
 void SystemKill::cutStartShort()
