@@ -105,12 +105,15 @@ private:
 
 bool SystemKill::awaitReplay()
 {
-    const bool came = waitUntil([&] {
-        const QStringList arrived = lines->take();
-        for (const QString& line : arrived)
-            story->take(line);
-        return arrived.contains(shown);
-    });
+    // Longer than it may take, so that the report tells how long it took.
+    const bool came = waitUntil(
+        [&] {
+            const QStringList arrived = lines->take();
+            for (const QString& line : arrived)
+                story->take(line);
+            return arrived.contains(shown);
+        },
+        2 * patience);
     if (!came)
         qWarning("the interface is not served; left beside the files: %s\n%s",
                  qPrintable(leavings().join(QLatin1Char(' '))),
