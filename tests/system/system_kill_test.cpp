@@ -389,6 +389,8 @@ void SystemKill::killedAtAnyMoment()
             qWarning("round %d", round);
             break;
         }
+        if (round % 100 == 99)
+            report();
     }
     report();
     if (QTest::currentTestFailed())
