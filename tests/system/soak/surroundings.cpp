@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <iterator>
+
 Surroundings::Surroundings(PanelSession& owner, RandomChoice& choice, SoakFigures& soakFigures)
     : session(owner)
     , random(choice)
@@ -93,7 +95,7 @@ QString Surroundings::anyMessage()
 
 void Surroundings::visitPipe()
 {
-    constexpr std::size_t mostPeers = 4;
+    constexpr int mostPeers = 4;
     const int way = random.below(100);
     QStringList words{QStringLiteral("open-settings")};
     if (way < 20)
@@ -106,7 +108,7 @@ void Surroundings::visitPipe()
         words = {QStringLiteral("hold-busy"), QStringLiteral("2")};
     else if (way < 60)
         words = {QStringLiteral("hold-unread"), QStringLiteral("2")};
-    if (peers.size() == mostPeers)
+    if (std::ssize(peers) == mostPeers)
         peers.pop_front();
     peers.push_back(std::make_unique<ChildProgram>(
         Target::tool(QStringLiteral("quorvel-asio-peer")) + words, session.folder().environment(),

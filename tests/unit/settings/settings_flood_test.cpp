@@ -279,7 +279,7 @@ void SettingsFloodTest::manyClients()
 
 void SettingsFloodTest::silentClients()
 {
-    judge([this] { return silence(); });
+    judge([] { return silence(); });
     QVERIFY(isServed());
 }
 
