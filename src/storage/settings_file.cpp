@@ -9,11 +9,13 @@
 #include <QRegularExpression>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 
 namespace {
 
 constexpr int lockedInterval = 250;      // ms: whoever holds a lock saves within a moment
 constexpr int unwritableInterval = 1000; // ms
+constexpr qint64 spareRoom = 8192;       // bytes, more than a panel's values ever take
 
 } // namespace
 
@@ -106,8 +108,19 @@ bool SettingsFile::lockIsFree() const
     return !QFile::exists(lock) || QLockFile(lock).removeStaleLockFile() || QDir().rmdir(lock);
 }
 
+/// QSettings does not notice that a full disk does not take the new content, and puts an empty file
+/// in place of the old one.
+bool SettingsFile::diskHasRoom() const
+{
+    QTemporaryFile probe(path);
+    const QByteArray content(QFileInfo(path).size() + spareRoom, '\n');
+    return probe.open() && probe.write(content) == content.size() && probe.flush();
+}
+
 void SettingsFile::write()
 {
+    if (!diskHasRoom())
+        return;
     put();
     // Damage that was found on the way hides how the saving went.
     if (settings->status() == QSettings::FormatError)

@@ -41,6 +41,7 @@ private:
 
     void removeLeftovers() const;
     bool lockIsFree() const;
+    bool diskHasRoom() const;
     void write();
     void put();
 

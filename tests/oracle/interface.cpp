@@ -120,6 +120,7 @@ Interface::Fate Interface::takeFaults(std::uint32_t code)
 
 Answer Interface::ask(const Request& request)
 {
+    ++asked;
     const auto handle = static_cast<std::size_t>(request.handle);
     if (!plugged || handle > bornAt.size() || bornAt[handle - 1] != generation)
         return {notConnected, {}, 0};

@@ -60,6 +60,8 @@ public:
     int lastHandle() const { return static_cast<int>(bornAt.size()); }
 
     Answer ask(const Request& request);
+    /// How many have been asked.
+    long long requests() const { return asked; }
 
     void addFault(const Fault& fault) { faults.push_back(fault); }
     void heal();
@@ -92,6 +94,7 @@ private:
 
     long long clock = 0;
     std::vector<Plan> plans; ///< earliest first
+    long long asked = 0;
     bool plugged = false;
     std::uint32_t productId = 0;
     int bus = 0;

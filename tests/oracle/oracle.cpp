@@ -1,6 +1,7 @@
 #include "oracle/oracle.h"
 
 #include "oracle/driver.h"
+#include "oracle/files.h"
 #include "oracle/ini_values.h"
 #include "oracle/input.h"
 #include "oracle/main_window.h"
@@ -34,6 +35,14 @@ void fire(World& world, Timer timer)
         return Settings::otgOffThenOn(world);
     case Timer::otgOnAfterRateChange:
         return Settings::otgOnAfterRateChange(world);
+    case Timer::saveKa1:
+        return Files::save(world, "ka1.ini");
+    case Timer::saveKa2:
+        return Files::save(world, "ka2.ini");
+    case Timer::saveKs:
+        return Files::save(world, "ks.ini");
+    case Timer::saveSettings:
+        return Files::save(world, Settings::fileName);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "oracle/panel.h"
 
 #include "oracle/driver.h"
+#include "oracle/files.h"
 #include "oracle/ini_values.h"
 #include "oracle/text.h"
 
@@ -95,6 +96,7 @@ bool openDevice(World& world, std::initializer_list<int> outputs)
     }
     for (const int channel : outputs)
         Driver::setOutVolume(world, panel.device, channel, 100);
+    Files::open(world, fileOf(panel.model));
     panel.hasControls = true;
     return true;
 }
@@ -122,25 +124,26 @@ void startReadOuts(World& world, std::size_t labels)
 
 void restoreKnob(World& world, const KnobTraits& traits)
 {
-    const IniFile& file = world.file(fileOf(world.panel->model));
+    const IniFile file = Files::content(world, fileOf(world.panel->model));
     setKnob(world, traits.key, knobValue(file, traits.key, traits.missing));
 }
 
 void restoreButton(World& world, const char* key)
 {
-    setButton(world, key, buttonValue(world.file(fileOf(world.panel->model)), key));
+    const IniFile file = Files::content(world, fileOf(world.panel->model));
+    setButton(world, key, buttonValue(file, key));
 }
 
 void storeKnob(World& world, const char* key)
 {
     const Panel& panel = *world.panel;
-    world.store(fileOf(panel.model), key, std::to_string(panel.knobs.at(key).value));
+    Files::store(world, fileOf(panel.model), key, std::to_string(panel.knobs.at(key).value));
 }
 
 void storeButton(World& world, const char* key)
 {
     const Panel& panel = *world.panel;
-    world.store(fileOf(panel.model), key, panel.buttons.at(key).on ? "true" : "false");
+    Files::store(world, fileOf(panel.model), key, panel.buttons.at(key).on ? "true" : "false");
 }
 
 void setCells(Panel& panel, std::initializer_list<std::size_t> cells, double gain)

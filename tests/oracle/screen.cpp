@@ -75,6 +75,10 @@ std::string situation(const World& world)
     text += " connected " + truth(world.dialog.device && world.dialog.device->isOpen());
     text += " errors " + std::to_string(std::min(world.window.errorCount, 3U));
     text += " editor " + truth(world.panel && world.panel->editor);
+    text += " waiting";
+    for (const auto& [name, file] : world.kept)
+        text += file.waiting.empty() ? '0' : '1';
+    text += ' ';
     for (const Timer timer :
          {Timer::detection, Timer::productId, Timer::otgOffThenInit, Timer::initAfterOtg,
           Timer::otgOffThenOn, Timer::otgOnAfterRateChange})

@@ -2,6 +2,7 @@
 
 #include "oracle/codes.h"
 #include "oracle/driver.h"
+#include "oracle/files.h"
 #include "oracle/ini_values.h"
 #include "oracle/text.h"
 
@@ -52,8 +53,7 @@ bool restart(World& world)
 void save(World& world, Choice choice, const char* saved)
 {
     const std::string& text = world.dialog.combos[choice].text();
-    world.store(fileName, keys[choice], text);
-    world.dialog.known = world.file(fileName);
+    Files::store(world, fileName, keys[choice], text);
     world.debug(Text::lineQuoted(saved, text));
 }
 
@@ -162,7 +162,8 @@ void applySlowMode(World& world)
 void load(World& world)
 {
     for (const Choice choice : {latency, bufferSize, slowMode, sampleRate})
-        choose(world, choice, textValue(world.dialog.known, keys[choice], missing[choice]));
+        choose(world, choice,
+               textValue(Files::content(world, fileName), keys[choice], missing[choice]));
     world.debug("已从配置文件加载控件状态");
 }
 
@@ -177,8 +178,8 @@ void create(World& world)
         {{"44100", "48000"}, 0},
         {{"Disabled", "Enabled"}, 0},
     }};
-    world.dialog.known = world.file(fileName);
     world.debug("Settings dialog created.");
+    Files::open(world, fileName);
     world.time.start(Timer::usbErrors, 1000);
 }
 

@@ -1,6 +1,7 @@
 #include "oracle/shell.h"
 
 #include "oracle/driver.h"
+#include "oracle/files.h"
 #include "oracle/input.h"
 #include "oracle/main_window.h"
 #include "oracle/panel.h"
@@ -48,6 +49,7 @@ void quit(World& world)
     world.window = Window();
     world.dialog = Dialog();
     world.time.stopAll();
+    Files::close(world);
 }
 
 void startSecondCopy(World& world)

@@ -94,7 +94,7 @@ bool apply(World& world, const Action& action)
         world.files[action.at(0)] = parseIni(action.at(1));
     else if (action.verb == "nofile")
         world.files.erase(action.at(0));
-    else
+    else if (!world.troubles.apply(action, world.interface.requests()))
         return false;
     return true;
 }

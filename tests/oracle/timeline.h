@@ -13,6 +13,10 @@ enum class Timer {
     initAfterOtg,
     otgOffThenOn,
     otgOnAfterRateChange,
+    saveKa1,
+    saveKa2,
+    saveKs,
+    saveSettings,
 };
 
 /// The clock and the timers that run, in whole milliseconds. Timers that are due at the same

@@ -13,16 +13,4 @@ void World::sleep(int milliseconds)
     time.pass(milliseconds);
 }
 
-const IniFile& World::file(const std::string& name) const
-{
-    static const IniFile none;
-    const auto found = files.find(name);
-    return found == files.end() ? none : found->second;
-}
-
-void World::store(const std::string& file, const std::string& key, const std::string& value)
-{
-    files[file][key] = value;
-}
-
 } // namespace Oracle

@@ -2,6 +2,7 @@
 
 #include "oracle/interface.h"
 #include "oracle/timeline.h"
+#include "oracle/troubles.h"
 
 #include <array>
 #include <map>
@@ -94,7 +95,6 @@ struct Dialog
     bool minimised = false;
     std::string usbLine; ///< empty: hidden
     std::uint32_t sampleRate = 0;
-    IniFile known; ///< what its settings object believes to be in the file
 };
 
 struct Window
@@ -105,6 +105,14 @@ struct Window
     std::uint32_t productId = 0;
     std::uint32_t errorCount = 0;
     std::optional<Device> meterDevice;
+};
+
+/// An INI file as the program keeps it.
+struct KeptFile
+{
+    IniFile known;         ///< what its settings object believes to be in the file
+    IniFile waiting;       ///< not saved yet
+    bool reported = false; ///< the line of the present trouble is out
 };
 
 enum class ResetPipe { absent, busy, serves, refuses };
@@ -123,6 +131,8 @@ struct World
     std::unique_ptr<Panel> panel;
     Dialog dialog;
     std::map<std::string, IniFile> files; ///< by name; a file that does not exist has no entry
+    std::map<std::string, KeptFile> kept; ///< those that the program has opened
+    Troubles troubles;
 
     /// Requests, lines and waits of the GUI thread in order, since the last action.
     std::vector<std::string> events;
@@ -133,11 +143,6 @@ struct World
     void warning(const std::string& line) { events.push_back("warning: " + line); }
     /// Waits in the GUI thread.
     void sleep(int milliseconds);
-
-    /// The content of a file; empty when there is none.
-    const IniFile& file(const std::string& name) const;
-    /// Writes a key, as a program does that stores each choice at once.
-    void store(const std::string& file, const std::string& key, const std::string& value);
 };
 
 } // namespace Oracle

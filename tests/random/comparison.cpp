@@ -3,6 +3,7 @@
 #include "oracle/oracle.h"
 #include "random/program.h"
 #include "random/record.h"
+#include "random/virtual_files.h"
 #include "random/virtual_platform.h"
 
 #include <QDir>
@@ -32,9 +33,21 @@ std::string difference(const char* what, const Lines& expected, const Lines& act
     return text;
 }
 
+/// What the program did, without the place of its files.
+Lines actualEvents()
+{
+    Lines events = Record::takeEvents();
+    const std::string folder = Program::folder().toStdString();
+    for (std::string& event : events) {
+        if (const std::size_t at = event.find(folder); at != std::string::npos)
+            event.replace(at, folder.size(), "FOLDER");
+    }
+    return events;
+}
+
 std::string differences(const Oracle::World& world, const Program& program)
 {
-    return difference("events", world.events, Record::takeEvents()) +
+    return difference("events", world.events, actualEvents()) +
            difference("lines of the thread", world.threadLines, Record::takeThreadLines()) +
            difference("screen", Oracle::screen(world), program.screen()) +
            difference("files", Oracle::storage(world), Program::storage());
@@ -44,8 +57,9 @@ std::string differences(const Oracle::World& world, const Program& program)
 
 std::optional<Difference> compare(const std::vector<Action>& sequence, Coverage& coverage)
 {
-    QDir(Program::folder()).removeRecursively();
     VirtualPlatform::reset();
+    VirtualFiles::reset(Program::folder().toStdString());
+    QDir(Program::folder()).removeRecursively();
     Oracle::World world;
     Program program;
     Record::takeEvents();

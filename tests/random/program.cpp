@@ -7,26 +7,30 @@
 #include "oracle/surroundings.h"
 #include "random/hands.h"
 #include "random/record.h"
+#include "random/virtual_files.h"
 #include "random/virtual_platform.h"
 #include "random/virtual_time.h"
 #include "settings/settings.h"
 #include "shell/main_window.h"
 #include "shell/tray_icon.h"
+#include "support/settings_files.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTranslator>
 
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 // There is always a notification area.
 bool QSystemTrayIcon::isSystemTrayAvailable()
@@ -37,18 +41,32 @@ bool QSystemTrayIcon::isSystemTrayAvailable()
 namespace {
 
 /// A file as another program writes it. Each one is a second younger than the last, so that it is
-/// never taken for the file that was there before.
-void writeFile(const QString& name, const std::string& content)
+/// never taken for the file that was there before. Nothing of the toolkit: what is refused to the
+/// program is not refused to others.
+void writeFile(const std::string& name, const std::string& content)
 {
-    static QDateTime written = QDateTime::currentDateTime();
-    written = written.addSecs(1);
+    static auto written = std::filesystem::file_time_type::clock::now();
+    written += std::chrono::seconds(1);
     QDir().mkpath(Program::folder());
-    QFile file(Program::folder() + u'/' + name);
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    file.write(content.data(), static_cast<qint64>(content.size()));
-    file.flush();
-    file.setFileTime(written, QFile::FileModificationTime);
+    const std::string path = VirtualFiles::place(name);
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    file.close();
+    if (!file)
+        qFatal("cannot write %s", path.c_str());
+    std::filesystem::last_write_time(path, written);
+}
+
+/// As a new process finds them: the toolkit remembers the last few files, and what could not be
+/// written to them, until it has read some others.
+void forgetFiles()
+{
+    forgetSettingsFiles();
+    for (const char* name : {"a.ini", "b.ini", "c.ini"}) {
+        const QString path = QDir::temp().filePath(QLatin1String(name));
+        if (QSettings other(path, QSettings::IniFormat); !other.contains("Key"))
+            other.setValue("Key", 1);
+    }
 }
 
 /// Notes the box that blocks the program, and closes it.
@@ -95,6 +113,7 @@ Program::~Program()
     window.reset();
     settings.reset();
     instance.reset();
+    forgetFiles();
     VirtualTime::instance().settle();
 }
 
@@ -113,12 +132,13 @@ void Program::perform(const Oracle::Action& action)
     else if (action.verb == "jump")
         VirtualTime::instance().pass(static_cast<int>(action.number(0)));
     else if (action.verb == "file")
-        writeFile(name, action.at(1));
+        writeFile(action.at(0), action.at(1));
     else if (action.verb == "nofile")
-        QFile::remove(folder() + u'/' + name);
+        std::filesystem::remove(VirtualFiles::place(action.at(0)));
     else if (action.verb == "resetpipe")
         VirtualPlatform::setResetPipe(resetPipe(action.at(0)));
-    else if (!Oracle::Surroundings::apply(VirtualPlatform::interface(), action) && icon)
+    else if (!VirtualFiles::apply(action) &&
+             !Oracle::Surroundings::apply(VirtualPlatform::interface(), action) && icon)
         whileRunning(action);
     VirtualTime::instance().settle();
 }
@@ -175,6 +195,7 @@ void Program::quit()
     window.reset();
     settings.reset();
     instance.reset();
+    forgetFiles();
     if (VirtualPlatform::openHandles() != 0)
         Record::add("left handles open: " + std::to_string(VirtualPlatform::openHandles()));
     Record::takeThreadLines(); // How the thread's wait ends is its own business.

@@ -3,6 +3,7 @@
 #include "oracle/ini_values.h"
 #include "random/painted_text.h"
 #include "random/program.h"
+#include "random/virtual_files.h"
 #include "settings/settings.h"
 #include "shell/main_window.h"
 #include "shell/tray_icon.h"
@@ -106,13 +107,18 @@ std::vector<std::string> Program::storage()
 {
     std::vector<std::string> lines;
     const QDir folder(Program::folder());
-    const QStringList names = folder.entryList({QStringLiteral("*.ini")}, QDir::Files, QDir::Name);
-    for (const QString& name : names) {
-        QFile file(folder.filePath(name));
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        for (const auto& [key, value] : Oracle::parseIni(file.readAll().toStdString()))
-            lines.push_back(name.toStdString() + ' ' + key + '=' + value);
+    const QStringList names =
+        folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString& entry : names) {
+        const std::string name = entry.toStdString();
+        QFile file(QString::fromStdString(VirtualFiles::place(name)));
+        if (!name.ends_with(".ini")) {
+            if (!VirtualFiles::isHeldLock(name))
+                lines.push_back("left behind " + name);
+        } else if (file.open(QIODevice::ReadOnly)) {
+            for (const auto& [key, value] : Oracle::parseIni(file.readAll().toStdString()))
+                lines.push_back(name + ' ' + key + '=' + value);
+        }
     }
     return lines;
 }

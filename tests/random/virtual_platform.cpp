@@ -4,6 +4,7 @@
 #include "oracle/trace.h"
 #include "platform/win32.h"
 #include "random/record.h"
+#include "random/virtual_files.h"
 #include "random/virtual_pipe.h"
 #include "random/virtual_time.h"
 
@@ -182,6 +183,7 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength,
     const Oracle::Request request{handle, code, {bytes, bytes + inputLength}, outputLength};
     Record::add(describe(request, input));
     const Oracle::Answer answer = VirtualPlatform::interface().ask(request);
+    VirtualFiles::update();
     VirtualTime::instance().pass(answer.delayMs);
     std::ranges::copy(answer.bytes, static_cast<std::uint8_t*>(output));
     *returned = static_cast<DWORD>(answer.bytes.size());

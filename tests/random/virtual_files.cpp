@@ -1,0 +1,236 @@
+#include "random/virtual_files.h"
+
+#include "oracle/troubles.h"
+#include "random/virtual_platform.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using Kind = Oracle::Trouble::Kind;
+namespace Disk = std::filesystem;
+
+namespace {
+
+constexpr std::array names{"ka1.ini", "ka2.ini", "ks.ini", "setting.ini"};
+
+/// A file of the folder that the program has open for writing.
+struct OpenFile
+{
+    dev_t device;
+    ino_t inode;
+    bool isLock;
+};
+
+std::string folder = "/nowhere";
+Oracle::Troubles troubles;
+std::map<std::string, int> heldLocks; ///< by the name of the INI file
+std::vector<std::string> shadowed;    ///< in their places are folders
+std::mutex mutex;                     ///< of what follows: the pipe thread writes as well
+std::map<int, OpenFile> openFiles;    ///< by number, perhaps closed again meanwhile
+
+bool has(const std::string& name, Kind kind)
+{
+    return troubles.has(name, kind, VirtualPlatform::interface().requests());
+}
+
+bool anyHas(Kind kind)
+{
+    return std::ranges::any_of(names, [=](const char* name) { return has(name, kind); });
+}
+
+std::string aside(const std::string& name)
+{
+    return folder + ".aside/" + name;
+}
+
+bool isShadowed(const std::string& name)
+{
+    return std::ranges::find(shadowed, name) != shadowed.end();
+}
+
+void moveIfThere(const std::string& from, const std::string& to)
+{
+    if (Disk::exists(from))
+        Disk::rename(from, to);
+}
+
+void setFolder(const std::string& name, bool wanted)
+{
+    if (wanted == isShadowed(name))
+        return;
+    const std::string path = folder + '/' + name;
+    if (wanted) {
+        Disk::create_directories(folder + ".aside");
+        moveIfThere(path, aside(name));
+        Disk::create_directories(path);
+        shadowed.push_back(name);
+    } else {
+        Disk::remove(path);
+        moveIfThere(aside(name), path);
+        std::erase(shadowed, name);
+    }
+}
+
+void setLock(const std::string& name, bool wanted)
+{
+    const auto held = heldLocks.find(name);
+    if (wanted == (held != heldLocks.end()))
+        return;
+    const std::string path = folder + '/' + name + ".lock";
+    if (!wanted) {
+        unlink(path.c_str());
+        close(held->second);
+        heldLocks.erase(held);
+        return;
+    }
+    Disk::create_directories(folder);
+    const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (lock < 0 || flock(lock, LOCK_EX | LOCK_NB) != 0)
+        std::abort();
+    heldLocks[name] = lock;
+}
+
+template <typename Call> Call systems(const char* name)
+{
+    return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
+}
+
+/// The name within the folder; none for a path elsewhere.
+std::optional<std::string> nameOf(std::string_view path)
+{
+    if (!path.starts_with(folder) || path.size() <= folder.size() || path[folder.size()] != '/')
+        return std::nullopt;
+    return std::string(path.substr(folder.size() + 1));
+}
+
+/// 0 when a file of the folder, or one without a name in it, may be opened that way.
+int refusal(const char* path, int flags)
+{
+    const bool unnamed = (flags & O_TMPFILE) == O_TMPFILE && folder == path;
+    const auto name = nameOf(path);
+    if ((!unnamed && !name) || (flags & O_ACCMODE) == O_RDONLY)
+        return 0;
+    const bool isNew = unnamed || !Disk::exists(path);
+    if (isNew)
+        return anyHas(Kind::unwritable) && (unnamed || (flags & O_CREAT) != 0) ? EACCES : 0;
+    return has(*name, Kind::readOnly) ? EACCES : 0;
+}
+
+void note(int file, const char* path, int flags)
+{
+    if ((flags & O_ACCMODE) == O_RDONLY || !std::string_view(path).starts_with(folder))
+        return;
+    struct stat status
+    {
+    };
+    if (fstat(file, &status) != 0)
+        return;
+    const std::lock_guard guard(mutex);
+    openFiles[file] = {status.st_dev, status.st_ino, std::string_view(path).ends_with(".lock")};
+}
+
+/// The file of the folder that has that number; none when it is another by now.
+std::optional<OpenFile> openFile(int file)
+{
+    const std::lock_guard guard(mutex);
+    const auto found = openFiles.find(file);
+    struct stat status
+    {
+    };
+    if (found == openFiles.end() || fstat(file, &status) != 0 ||
+        status.st_dev != found->second.device || status.st_ino != found->second.inode)
+        return std::nullopt;
+    return found->second;
+}
+
+} // namespace
+
+void VirtualFiles::reset(const std::string& newFolder)
+{
+    troubles = Oracle::Troubles();
+    update();
+    folder = newFolder;
+    Disk::remove_all(folder + ".aside");
+}
+
+bool VirtualFiles::apply(const Oracle::Action& action)
+{
+    if (!troubles.apply(action, VirtualPlatform::interface().requests()))
+        return false;
+    update();
+    return true;
+}
+
+void VirtualFiles::update()
+{
+    for (const char* name : names) {
+        setFolder(name, has(name, Kind::folder));
+        setLock(name, has(name, Kind::lock));
+    }
+}
+
+std::string VirtualFiles::place(const std::string& name)
+{
+    return isShadowed(name) ? aside(name) : folder + '/' + name;
+}
+
+bool VirtualFiles::isHeldLock(const std::string& name)
+{
+    return name.ends_with(".lock") && heldLocks.contains(name.substr(0, name.size() - 5));
+}
+
+// The system's calls, as the toolkit's files make them.
+
+extern "C" int open64(const char* path, int flags, ...)
+{
+    va_list more;
+    va_start(more, flags);
+    const auto mode = va_arg(more, mode_t);
+    va_end(more);
+    if (const int error = refusal(path, flags); error != 0) {
+        errno = error;
+        return -1;
+    }
+    static const auto real = systems<int (*)(const char*, int, ...)>("open64");
+    const int file = real(path, flags, mode);
+    if (file >= 0)
+        note(file, path, flags);
+    return file;
+}
+
+extern "C" ssize_t write(int number, const void* bytes, size_t length)
+{
+    if (const auto file = openFile(number);
+        file && (anyHas(Kind::full) || (anyHas(Kind::nearlyFull) && !file->isLock))) {
+        errno = ENOSPC;
+        return -1;
+    }
+    static const auto real = systems<ssize_t (*)(int, const void*, size_t)>("write");
+    return real(number, bytes, length);
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    const auto name = nameOf(to);
+    if (name && has(*name, Kind::keptOpen) && Disk::exists(to)) {
+        errno = EACCES;
+        return -1;
+    }
+    static const auto real = systems<int (*)(const char*, const char*)>("rename");
+    return real(from, to);
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "oracle/action.h"
+
+#include <string>
+
+/// The troubles of the INI files, brought about where they come from: a program that links
+/// virtual_files.cpp has the toolkit's system calls for files refused as a disk, a folder or
+/// another program would, which holds for root as well. A folder in a file's place and a held lock
+/// are real. GUI thread only.
+namespace VirtualFiles {
+
+/// No trouble any more, and from now on this folder.
+void reset(const std::string& folder);
+
+/// The actions "trouble" and "mend" as the oracle knows them; false for another.
+bool apply(const Oracle::Action& action);
+
+/// To be called after each request to the driver: what has begun or ended by now.
+void update();
+
+/// Where somebody else's hand finds an INI file: its name, or where it was put aside.
+std::string place(const std::string& name);
+
+/// True for the lock that somebody else holds.
+bool isHeldLock(const std::string& name);
+
+} // namespace VirtualFiles
