@@ -12,6 +12,9 @@ void step(World& world, const Action& action);
 /// Everything on the screen, one thing a line.
 std::vector<std::string> screen(const World& world);
 
+/// True when nothing waits to be saved and the files hold what the panel and the dialog show.
+bool filesEqualControls(const World& world);
+
 /// All files, one key a line, sorted.
 std::vector<std::string> storage(const World& world);
 

@@ -1,5 +1,6 @@
 #include "oracle/oracle.h"
 #include "oracle/panel.h"
+#include "oracle/settings.h"
 
 #include <algorithm>
 
@@ -49,6 +50,28 @@ std::vector<std::string> screen(const World& world)
         lines.push_back("combo " + combo.text());
     lines.push_back("usb " + dialog.usbLine);
     return lines;
+}
+
+bool filesEqualControls(const World& world)
+{
+    const auto waits = [](const auto& kept) { return !kept.second.waiting.empty(); };
+    if (std::ranges::any_of(world.kept, waits) || !Settings::isSaved(world))
+        return false;
+    if (!world.panel)
+        return true;
+    const auto file = world.files.find(fileOf(world.panel->model));
+    const auto holds = [&](const std::string& key, const std::string& text) {
+        const auto stored = file->second.find(key);
+        return stored != file->second.end() && stored->second == text;
+    };
+    return file != world.files.end() &&
+           std::ranges::all_of(world.panel->knobs,
+                               [&](const auto& knob) {
+                                   return holds(knob.first, std::to_string(knob.second.value));
+                               }) &&
+           std::ranges::all_of(world.panel->buttons, [&](const auto& button) {
+               return holds(button.first, button.second.on ? "true" : "false");
+           });
 }
 
 std::vector<std::string> storage(const World& world)

@@ -261,4 +261,15 @@ void updateUsbErrors(World& world)
     dialog.usbLine = count == 0 ? "" : "USB Error Count: " + std::to_string(count);
 }
 
+bool isSaved(const World& world)
+{
+    const auto file = world.files.find(fileName);
+    const IniFile stored = file == world.files.end() ? IniFile() : file->second;
+    for (const Choice choice : {latency, bufferSize, slowMode, sampleRate}) {
+        if (textValue(stored, keys[choice], missing[choice]) != world.dialog.combos[choice].text())
+            return false;
+    }
+    return true;
+}
+
 } // namespace Oracle::Settings

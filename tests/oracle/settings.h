@@ -12,6 +12,8 @@ void refreshFromDevice(World& world);
 /// Shows this item of the combo, if it has it, and applies it if it is another.
 void choose(World& world, Choice choice, const std::string& item);
 void updateUsbErrors(World& world);
+/// True when the file means what the dialog shows.
+bool isSaved(const World& world);
 
 /// The timed steps.
 void otgOffThenInit(World& world);

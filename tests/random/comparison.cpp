@@ -67,9 +67,11 @@ std::optional<Difference> compare(const std::vector<Action>& sequence, Coverage&
     ++coverage.sequences;
     for (std::size_t i = 0; i < sequence.size(); ++i) {
         ++coverage.actions;
-        if (world.running)
+        if (world.running) {
             coverage.recovered = world.panel && world.panel->hasControls &&
                                  !world.time.isActive(Oracle::Timer::detection);
+            coverage.saved = coverage.recovered && Oracle::filesEqualControls(world);
+        }
         coverage.pairs.insert(Oracle::situation(world) + " / " + sequence[i].verb);
         Oracle::step(world, sequence[i]);
         program.perform(sequence[i]);

@@ -22,6 +22,8 @@ struct Coverage
     std::set<std::string> pairs; ///< situation and verb
     /// The last sequence ended, or was about to, with a whole panel at work.
     bool recovered = false;
+    /// The files then held what its controls and the dialog showed.
+    bool saved = false;
 };
 
 /// Runs the sequence on a program of its own, from its start to its end, and compares it with the

@@ -13,5 +13,6 @@ struct MatrixCase
 };
 
 /// The main routine of a test of such a list: runs all cases against the oracle, or with
-/// "--every N" each Nth of them. Each must end, or be about to, with a whole panel at work.
+/// "--every N" each Nth of them. Each must end, or be about to, with a whole panel at work
+/// whose controls are in the files.
 int runMatrix(int argc, char** argv, const std::vector<MatrixCase>& cases);

@@ -79,10 +79,20 @@ Actions lose()
     return {{"unplug", {}}, {"wait", {"1700"}}};
 }
 
+Actions usePanel(const Model& model)
+{
+    return parseSequence(model.use);
+}
+
+Actions useDialog()
+{
+    return parseSequence(dialogUse);
+}
+
 Actions use(const Model& model)
 {
-    Actions sequence = parseSequence(model.use);
-    append(sequence, parseSequence(dialogUse));
+    Actions sequence = usePanel(model);
+    append(sequence, useDialog());
     return sequence;
 }
 

@@ -27,7 +27,11 @@ Actions begin();
 Actions plug(const Model& model);
 /// The interface goes, and the panel with it.
 Actions lose();
-/// A hand on every control, and on all of the dialog.
+/// A hand on every control of the panel.
+Actions usePanel(const Model& model);
+/// A hand on every choice of the dialog.
+Actions useDialog();
+/// Both.
 Actions use(const Model& model);
 /// What was wrong is over: the interface goes and comes, everything works, the program ends.
 Actions recover(const Model& model);
