@@ -2,7 +2,6 @@
 
 #include "oracle/codes.h"
 #include "oracle/oracle.h"
-#include "oracle/panel.h"
 #include "oracle/text.h"
 
 #include <iterator>
@@ -48,11 +47,11 @@ Action Generator::next(const Oracle::World& world)
         return fault();
     if (way < 87)
         return reading();
-    if (way < 92)
+    if (way < 91)
         return onShell();
-    if (way < 96)
+    if (way < 94)
         return onPipe();
-    return onFile(world);
+    return chance(50) ? onFile() : trouble();
 }
 
 Action Generator::onPanel(const Oracle::Panel& panel)
@@ -265,15 +264,32 @@ std::string Generator::anyIni(const std::string& name)
     return text;
 }
 
-/// Only files that the program does not have open at the moment.
-Action Generator::onFile(const Oracle::World& world)
+Action Generator::onFile()
 {
-    std::string name = oneOf({"ka1.ini", "ka2.ini", "ks.ini"});
-    if (world.panel && Oracle::fileOf(world.panel->model) == name)
-        return wait();
+    const std::string name = anyFile();
     if (chance(25))
         return {"nofile", {name}};
     return {"file", {name, anyIni(name)}};
+}
+
+std::string Generator::anyFile()
+{
+    return oneOf({"ka1.ini", "ka2.ini", "ks.ini", "setting.ini"});
+}
+
+/// What keeps the files from being saved, from now or a request that is to come on.
+Action Generator::trouble()
+{
+    if (chance(35))
+        return {"mend", {}};
+    Action action{"trouble", {}};
+    if (chance(30))
+        action.arguments = {"folder", oneOf({"unwritable", "full", "nearlyfull"})};
+    else
+        action.arguments = {anyFile(), oneOf({"readonly", "keptopen", "folder", "lock", "lock"})};
+    action.arguments.push_back(oneOf({"0", "0", "1", "3", "10"}));
+    action.arguments.push_back(oneOf({"0", "0", "1", "4", "30"}));
+    return action;
 }
 
 Action Generator::onPipe()

@@ -28,7 +28,8 @@ private:
     Oracle::Action cable();
     Oracle::Action fault();
     Oracle::Action reading();
-    Oracle::Action onFile(const Oracle::World& world);
+    Oracle::Action onFile();
+    Oracle::Action trouble();
     Oracle::Action onPipe();
     Oracle::Action wait();
 
@@ -38,6 +39,7 @@ private:
     template <typename Map> std::string anyKey(const Map& map);
     std::string position();
     std::string anyValue();
+    std::string anyFile();
     std::string anyIni(const std::string& name);
     std::string anyCode();
     std::string bytes(int count);

@@ -27,10 +27,7 @@
 #include <QStandardPaths>
 #include <QTranslator>
 
-#include <chrono>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 
 // There is always a notification area.
 bool QSystemTrayIcon::isSystemTrayAvailable()
@@ -40,33 +37,17 @@ bool QSystemTrayIcon::isSystemTrayAvailable()
 
 namespace {
 
-/// A file as another program writes it. Each one is a second younger than the last, so that it is
-/// never taken for the file that was there before. Nothing of the toolkit: what is refused to the
-/// program is not refused to others.
-void writeFile(const std::string& name, const std::string& content)
-{
-    static auto written = std::filesystem::file_time_type::clock::now();
-    written += std::chrono::seconds(1);
-    QDir().mkpath(Program::folder());
-    const std::string path = VirtualFiles::place(name);
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    file.close();
-    if (!file)
-        qFatal("cannot write %s", path.c_str());
-    std::filesystem::last_write_time(path, written);
-}
-
-/// As a new process finds them: the toolkit remembers the last few files, and what could not be
-/// written to them, until it has read some others.
+/// As a new process finds them: the toolkit keeps in mind the last files it has read, and what
+/// could not be written to them, until it has read enough of others.
 void forgetFiles()
 {
     forgetSettingsFiles();
-    for (const char* name : {"a.ini", "b.ini", "c.ini"}) {
-        const QString path = QDir::temp().filePath(QLatin1String(name));
-        if (QSettings other(path, QSettings::IniFormat); !other.contains("Key"))
-            other.setValue("Key", 1);
-    }
+    constexpr int enoughKeys = 360;
+    QSettings other(QDir::temp().filePath(QStringLiteral("other.ini")), QSettings::IniFormat);
+    if (other.allKeys().size() == enoughKeys)
+        return;
+    for (int i = 0; i < enoughKeys; ++i)
+        other.setValue(QString::number(i), i);
 }
 
 /// Notes the box that blocks the program, and closes it.
@@ -132,9 +113,9 @@ void Program::perform(const Oracle::Action& action)
     else if (action.verb == "jump")
         VirtualTime::instance().pass(static_cast<int>(action.number(0)));
     else if (action.verb == "file")
-        writeFile(action.at(0), action.at(1));
+        VirtualFiles::write(action.at(0), action.at(1));
     else if (action.verb == "nofile")
-        std::filesystem::remove(VirtualFiles::place(action.at(0)));
+        VirtualFiles::remove(action.at(0));
     else if (action.verb == "resetpipe")
         VirtualPlatform::setResetPipe(resetPipe(action.at(0)));
     else if (!VirtualFiles::apply(action) &&

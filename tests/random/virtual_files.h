@@ -21,6 +21,10 @@ void update();
 
 /// Where somebody else's hand finds an INI file: its name, or where it was put aside.
 std::string place(const std::string& name);
+/// That hand writes or removes one; nothing is refused to it. Each file is a second younger than
+/// the last, so that it is never taken for the one that was there before.
+void write(const std::string& name, const std::string& content);
+void remove(const std::string& name);
 
 /// True for the lock that somebody else holds.
 bool isHeldLock(const std::string& name);
