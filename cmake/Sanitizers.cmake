@@ -11,6 +11,12 @@ elseif(NOT QUORVEL_SANITIZE STREQUAL "")
     message(FATAL_ERROR "QUORVEL_SANITIZE is '${QUORVEL_SANITIZE}'; use address or thread.")
 endif()
 
+# Beside these, the compiler's own fuzzer, which only Clang has.
+option(QUORVEL_FUZZ "Build the fuzz targets" OFF)
+if(QUORVEL_FUZZ)
+    list(APPEND sanitizer_flags -fsanitize=fuzzer-no-link)
+endif()
+
 if(sanitizer_flags)
     add_compile_options(${sanitizer_flags})
     add_link_options(${sanitizer_flags})
