@@ -81,6 +81,7 @@ public:
             add("removal", fault, {life, lose(), parseSequence("mend\nwait 1000\n"), plug(model)});
             add("removal and return", fault, {life, lose(), plug(model), wait});
             add("quit", fault, {life, restart});
+            add("quit at once", fault, {life, parseSequence("mend\n"), restart});
         }
     }
 
