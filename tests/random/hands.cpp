@@ -37,6 +37,10 @@ void Hands::activate(QWidget& window)
     if (!window.isActiveWindow())
         window.activateWindow();
     settle();
+    // The screenless platform takes a window that was hidden and comes back for the active one
+    // still.
+    if (!window.isActiveWindow())
+        QApplication::setActiveWindow(&window);
 }
 
 void Hands::click(QWidget& target, QPoint position)
