@@ -27,7 +27,8 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Value ? knob().shownText() : QAccessibleWidget::text(kind);
+        return kind == QAccessible::Value ? knob().shownText(knob().value)
+                                          : QAccessibleWidget::text(kind);
     }
 
     QVariant currentValue() const override { return knob().shownValue(knob().value); }

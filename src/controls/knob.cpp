@@ -9,6 +9,7 @@
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -71,9 +72,9 @@ qint64 Knob::shownValue(int v) const
     return v == 0 ? 0 : qint64(v) + displayOffset;
 }
 
-QString Knob::shownText() const
+QString Knob::shownText(int v) const
 {
-    return QString::number(shownValue(value)) + suffix;
+    return QString::number(shownValue(v)) + suffix;
 }
 
 void Knob::setShownValue(int shown)
@@ -177,12 +178,13 @@ void Knob::leaveEvent(QEvent*)
     hovered = false;
 }
 
-void Knob::paintEvent(QPaintEvent*)
+void Knob::paintEvent(QPaintEvent* event)
 {
     QPainter painter(this);
-    paintKnob(painter, *this);
+    paintKnob(painter, *this, event->region());
     if (showText)
         textRect = paintKnobText(painter, *this);
+    paintedValue = value;
     if (FocusRing::isDueOn(*this))
         FocusRing::paint(painter, *this);
 }
@@ -222,7 +224,7 @@ void Knob::change(qint64 candidate)
         ControlAccessibility::announce(*this);
     // Painted on return to the event loop, so the order does not show; a receiver of the signal
     // may well delete the knob.
-    update();
+    update(changedArea(*this, paintedValue));
     if (isEditing() && value != editedValue) {
         // At once, because the editor covers the text.
         repaint();

@@ -50,8 +50,8 @@ public:
 
     /// The number that is printed for a value.
     qint64 shownValue(int v) const;
-    /// The present one with its unit, as printed.
-    QString shownText() const;
+    /// The same with its unit, as printed.
+    QString shownText(int v) const;
     /// As if that number had been typed.
     void setShownValue(int shown);
 
@@ -114,7 +114,8 @@ private:
     void closeEditor();
     bool isEditing() const;
 
-    int editedValue = 0; ///< what the open editor was filled with
+    int paintedValue = 0; ///< what the screen shows
+    int editedValue = 0;  ///< what the open editor was filled with
     QPointer<QWidget> focusBefore;
     bool finishing = false;
 };
