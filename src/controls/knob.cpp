@@ -224,7 +224,8 @@ void Knob::change(qint64 candidate)
         ControlAccessibility::announce(*this);
     // Painted on return to the event loop, so the order does not show; a receiver of the signal
     // may well delete the knob.
-    update(changedArea(*this, paintedValue));
+    if (isVisible())
+        update(changedArea(*this, paintedValue));
     if (isEditing() && value != editedValue) {
         // At once, because the editor covers the text.
         repaint();

@@ -1,0 +1,42 @@
+"""The counts that are the same each time, and the ones that are kept."""
+
+import json
+
+from costs import counting, resident
+from costs.session import ROOT
+
+KEPT = ROOT / "benchmarks/baseline.json"
+TOLERANCE = 1.1
+# Each of the timers' 330 reads a minute wakes the program twice, for the timer and for the answer;
+# timers that fall together save some.
+MOST_WAKE_UPS = 660
+
+
+def counts():
+    steps = [kind for pair in counting.STEP_PAIRS for kind in pair]
+    painted = [kind for pair in counting.PAINT_PAIRS for kind in pair]
+    return {"instructions": counting.instructions("benchmark-step", steps) |
+                            counting.instructions("benchmark-paint", painted),
+            "calls": counting.calls("benchmark-step", steps)}
+
+
+def keep_counts():
+    found = counts()
+    found["wake-ups"] = {"idle": MOST_WAKE_UPS}
+    KEPT.write_text(json.dumps(found, indent=4) + "\n", encoding="ascii")
+    print(f"Written to {KEPT.relative_to(ROOT)}")
+
+
+def check_counts():
+    """Compares with the kept counts; returns the exit code."""
+    kept = json.loads(KEPT.read_text(encoding="ascii"))
+    found = counts()
+    found["wake-ups"] = {"idle": resident.idle(20, 1)["program"][1]}
+    code = 0
+    for kind, values in kept.items():
+        for name, before in values.items():
+            now = found[kind][name]
+            grown = now > before * TOLERANCE
+            print(f"{'GROWN ' if grown else '      '}{kind} {name}: {now:.0f}, kept {before:.0f}")
+            code = 1 if grown else code
+    return code
