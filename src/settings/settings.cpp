@@ -10,6 +10,7 @@
 #include <QDebug>
 #include <QIcon>
 #include <QLabel>
+#include <QPixmap>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -44,7 +45,8 @@ void Settings::buildLayout()
     mainLayout = new QVBoxLayout(this);
     mainLayout->setAlignment(Qt::AlignCenter);
     mainLayout->setContentsMargins(40, 10, 40, 40);
-    setWindowIcon(QIcon(QStringLiteral(":/icon/icon.png")));
+    // By way of a pixmap all windows and the tray share one image.
+    setWindowIcon(QIcon(QPixmap(QStringLiteral(":/icon/icon.png"))));
 
     auto* title = new QLabel(tr("Settings"), this);
     title->setAlignment(Qt::AlignCenter);

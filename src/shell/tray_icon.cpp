@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPixmap>
 
 #include <utility>
 
@@ -33,7 +34,8 @@ void bringUp(QWidget* window, const QString& missingText)
 TrayIcon::TrayIcon(QObject* parent)
     : QSystemTrayIcon(parent)
 {
-    setIcon(QIcon(QStringLiteral(":/icon/icon.png")));
+    // By way of a pixmap all windows and the tray share one image.
+    setIcon(QIcon(QPixmap(QStringLiteral(":/icon/icon.png"))));
     buildMenu();
     connect(this, &QSystemTrayIcon::activated, this, &TrayIcon::clickCallback);
 }
