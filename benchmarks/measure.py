@@ -86,7 +86,7 @@ def add_latencies(table):
     say("Drag, arrival, quit, growth")
     latest, arrived = resident.drag()
     table.add("drag of 200 moves, latest, ms", latest, "allowed", 16, 1.0, 0,
-              f"{arrived} of 200 arrived, 0 queued")
+              f"{arrived} of 200 arrived")
     table.add("arrival to painted panel without Sleep(100), ms", resident.arrivals(9) - 100,
               "allowed", 100, 1.0, 1)
     found = resident.quits(5)

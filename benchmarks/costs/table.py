@@ -43,7 +43,7 @@ def machine():
     with open("/etc/os-release", encoding="utf-8") as file:
         system = re.search(r'PRETTY_NAME="(.*)"', file.read()).group(1)
     return (f"- processor: {cpu.group(1) if cpu else platform.machine()}, {os.cpu_count()} used\n"
-            f"- memory: {memory:.0f} GiB\n- system: {system}, Linux {platform.release()}\n"
+            f"- memory: {memory:.0f} GiB\n- system: {system}, Linux {platform.release().split('-')[0]}\n"
             f"- Qt {package_version('libqt6widgets6')}, qasmixer {package_version('qasmixer')}, "
             f"keepassxc {package_version('keepassxc')}\n"
             f"- load when it began: {os.getloadavg()[0]:.2f}\n")
