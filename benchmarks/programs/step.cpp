@@ -79,7 +79,7 @@ private:
     static QString equalFile()
     {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-        const QString copy = folder + QStringLiteral("/raw.ini");
+        QString copy = folder + QStringLiteral("/raw.ini");
         QFile::copy(folder + QStringLiteral("/ka2.ini"), copy);
         return copy;
     }
