@@ -11,11 +11,15 @@
 #include <QStandardPaths>
 #include <QTemporaryFile>
 
+#include <filesystem>
+#include <system_error>
+
 namespace {
 
-constexpr int lockedInterval = 250;      // ms: whoever holds a lock saves within a moment
-constexpr int unwritableInterval = 1000; // ms
-constexpr qint64 spareRoom = 8192;       // bytes, more than a panel's values ever take
+constexpr int lockedInterval = 250;        // ms: whoever holds a lock saves within a moment
+constexpr int unwritableInterval = 1000;   // ms
+constexpr qint64 spareRoom = 8192;         // bytes, more than a panel's values ever take
+constexpr std::uintmax_t plenty = 1 << 20; // bytes free, with which nobody need try
 
 } // namespace
 
@@ -112,6 +116,10 @@ bool SettingsFile::lockIsFree() const
 /// in place of the old one.
 bool SettingsFile::diskHasRoom() const
 {
+    std::error_code error;
+    const auto disk = std::filesystem::space(QFileInfo(path).filesystemAbsolutePath(), error);
+    if (!error && disk.available >= plenty)
+        return true;
     QTemporaryFile probe(path);
     const QByteArray content(QFileInfo(path).size() + spareRoom, '\n');
     return probe.open() && probe.write(content) == content.size() && probe.flush();

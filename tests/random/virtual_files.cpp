@@ -21,6 +21,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 using Kind = Oracle::Trouble::Kind;
@@ -246,6 +247,15 @@ extern "C" ssize_t write(int number, const void* bytes, size_t length)
     }
     static const auto real = systems<ssize_t (*)(int, const void*, size_t)>("write");
     return real(number, bytes, length);
+}
+
+extern "C" int statvfs(const char* path, struct statvfs* disk) noexcept
+{
+    static const auto real = systems<int (*)(const char*, struct statvfs*)>("statvfs");
+    const int result = real(path, disk);
+    if (anyHas(Kind::full) || anyHas(Kind::nearlyFull))
+        disk->f_bavail = 1;
+    return result;
 }
 
 extern "C" int rename(const char* from, const char* to) noexcept
