@@ -213,7 +213,7 @@ class ListsTest(unittest.TestCase):
         names = os.listdir(os.path.join(ROOT, "scripts/debian-packages"))
         commands = subprocess.run(
             ["grep", "-rhE", "install_packages|packages\\+?=", "--exclude-dir=build",
-             *(os.path.join(ROOT, name) for name in ("run", "test", "package", "scripts"))],
+             *(os.path.join(ROOT, name) for name in ("benchmark", "run", "test", "package", "scripts"))],
             text=True, stdout=subprocess.PIPE, check=True).stdout
         for name in names:
             self.assertRegex(commands, rf"[ (]{name.removesuffix('.txt')}\b")
