@@ -11,7 +11,6 @@
 #include <QStandardPaths>
 #include <QTemporaryFile>
 
-#include <filesystem>
 #include <system_error>
 
 namespace {
@@ -39,6 +38,7 @@ SettingsFile& SettingsFile::open(const QString& name)
 SettingsFile::SettingsFile(const QString& fullName, QObject* owner)
     : QObject(owner)
     , path(fullName)
+    , folder(QFileInfo(fullName).filesystemAbsolutePath())
     , retry(this)
 {
     setObjectName(path);
@@ -117,7 +117,7 @@ bool SettingsFile::lockIsFree() const
 bool SettingsFile::diskHasRoom() const
 {
     std::error_code error;
-    const auto disk = std::filesystem::space(QFileInfo(path).filesystemAbsolutePath(), error);
+    const auto disk = std::filesystem::space(folder, error);
     if (!error && disk.available >= plenty)
         return true;
     QTemporaryFile probe(path);

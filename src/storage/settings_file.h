@@ -5,6 +5,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <filesystem>
 #include <memory>
 
 class QSettings;
@@ -46,6 +47,7 @@ private:
     void put();
 
     QString path;
+    std::filesystem::path folder;
     std::unique_ptr<QSettings> settings;
     QMap<QString, QString> waiting; ///< not saved yet
     QTimer retry;
