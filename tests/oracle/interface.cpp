@@ -42,7 +42,7 @@ void Interface::plug(std::uint32_t newProductId, int newBus)
     plugged = true;
     productId = newProductId;
     bus = newBus;
-    ++generation;
+    handlesBefore = handles;
 }
 
 void Interface::reach(long long moment)
@@ -74,7 +74,7 @@ std::uint32_t Interface::open(int wantedBus)
             --opensToFail;
         return openError;
     }
-    bornAt.push_back(generation);
+    ++handles;
     return 0;
 }
 
@@ -121,8 +121,7 @@ Interface::Fate Interface::takeFaults(std::uint32_t code)
 Answer Interface::ask(const Request& request)
 {
     ++asked;
-    const auto handle = static_cast<std::size_t>(request.handle);
-    if (!plugged || handle > bornAt.size() || bornAt[handle - 1] != generation)
+    if (!plugged || request.handle > handles || request.handle <= handlesBefore)
         return {notConnected, {}, 0};
     const Fate fate = takeFaults(request.code);
     Answer answer{fate.error, {}, 0};

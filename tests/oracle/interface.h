@@ -57,7 +57,7 @@ public:
     /// Opens the device path of that bus: 0 or a Windows error number.
     std::uint32_t open(int bus);
     /// The number of the handle that open() has just given out.
-    int lastHandle() const { return static_cast<int>(bornAt.size()); }
+    int lastHandle() const { return handles; }
 
     Answer ask(const Request& request);
     /// How many have been asked.
@@ -98,8 +98,8 @@ private:
     bool plugged = false;
     std::uint32_t productId = 0;
     int bus = 0;
-    int generation = 0;
-    std::vector<int> bornAt; ///< each handle's generation; those of an older one are dead
+    int handles = 0;       ///< given out so far
+    int handlesBefore = 0; ///< those of an interface that was plugged in before: dead
     std::vector<Fault> faults;
     int opensToPass = 0;
     int opensToFail = 0;
