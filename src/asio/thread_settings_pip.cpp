@@ -37,6 +37,9 @@ ThreadSettingsPip::~ThreadSettingsPip()
     // for ever. The process is on its way out and all settings are saved, so it ends here.
     if (!stop())
         std::_Exit(EXIT_SUCCESS);
+    // The flag passes on what the thread has written, also to tools that do not see into its end.
+    if (workerIsKnown)
+        worker.reset(nullptr);
 }
 
 void ThreadSettingsPip::run()
