@@ -90,10 +90,10 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        const QString text = QAccessibleWidget::text(kind);
-        if (kind != QAccessible::Name)
-            return text;
-        return QString(text + u' ' + static_cast<ReadOut*>(widget())->text()).trimmed();
+        const QString own = QAccessibleWidget::text(kind);
+        const QString reading =
+            kind == QAccessible::Name ? static_cast<ReadOut*>(widget())->text() : QString();
+        return QString(own + u' ' + reading).trimmed();
     }
 };
 

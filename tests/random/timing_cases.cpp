@@ -2,7 +2,6 @@
 
 #include "random/scenes.h"
 
-using Oracle::Action;
 using Oracle::parseSequence;
 using Scene::Actions;
 using Scene::append;
