@@ -230,14 +230,15 @@ does_not_trust_half_a_source()
         >"$base/printed.log" 2>"$base/said.log" &
     check "wait_until test -e '$base/fakes/dpkg-source.hanging'"
     local pid=$!
-    kill -KILL "$pid" $(pgrep -f "sleep $FAKE_SLEEP\$") 2>/dev/null
+    check "wait_until kill_session '$pid'"
     wait "$pid" 2>/dev/null || true
     rm "$base/fakes/dpkg-source.hangs"
-    wait_until run_succeeds
+    run
     check '((status == 0)) && [[ -f $(printed)/share/licences/Plain.txt ]]'
 }
 
-run_succeeds() { run && ((status == 0)); }
+# Succeeds when nobody of the session is left to kill.
+kill_session() { ! pkill -KILL -s "$1"; }
 
 waits_for_another_build()
 {
