@@ -2,15 +2,7 @@
 
 #include "controls/button.h"
 #include "controls/knob.h"
-#include "driver/gain.h"
 #include "panels/output_volume.h"
-#include "panels/panel_widgets.h"
-
-#include <QBoxLayout>
-#include <QFrame>
-#include <QLabel>
-
-using namespace PanelWidgets;
 
 namespace {
 
@@ -31,14 +23,6 @@ const OutputTraits headphoneTraits{
     .dimOff = "Headphone Dim Button Clicked: Dim OFF",
 };
 
-constexpr SwitchTexts instTexts{"Mic Instr Button Clicked", StateText::none,
-                                "Mic instruction switched for channel 1.",
-                                "Failed to switch mic instruction."};
-constexpr SwitchTexts padTexts{"Mic 20dB Button Clicked", StateText::none,
-                               "Mic 20dB switched for channel 1.", "Failed to switch mic 20dB."};
-constexpr SwitchTexts phantomTexts{"Mic 48V Button Clicked", StateText::none,
-                                   "Mic 48V switched for channel 1.", "Failed to switch mic 48V."};
-
 constexpr std::uint8_t micChannel = 1;
 
 } // namespace
@@ -49,144 +33,90 @@ ka1::ka1(QWidget* parent)
              .settingsFile = QStringLiteral("ka1.ini")},
             parent)
 {
-    if (!link.openDevice())
+    if (!begin())
         return;
-    link.openSettings();
-    createControls();
-    buildLayout();
-    tabInReadingOrder(layout());
-    connectControls();
-    presetMixer();
-    startMeters();
-    loadState();
-}
 
-void ka1::createControls()
-{
-    micKnob = gainKnob(42, 0, this);
-    micMeter = readOut(tr("-160 dB"));
-    instButton = button(tr("MIC"), micAccent);
-    padButton = button(tr("20dB"), padAccent);
-    phantomButton = button(tr("48V"), phantomAccent);
-    micDirect = button(tr("DIRECT"), outputAccent);
+    PanelStrip input = inputStrip(tr("INPUT"));
+    const Knob* micKnob = input.add(
+        MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = micChannel, .maximum = 42});
+    input.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(0), .atStart = tr("-160 dB")});
+    input.caption(tr("Gain"));
 
-    headphoneKnob = volumeKnob(this);
-    headphoneMute = outputButton(tr("MUTE"), 10);
-    headphoneDim = outputButton(tr("DIM"), 10);
-    otgToHpKnob = phoneKnob(this);
-    otgHpMeter = readOut(tr("-160 dB"));
-}
-
-void ka1::buildLayout()
-{
-    QBoxLayout* root = rootLayout(this);
-    root->addLayout(inputStrip());
-    root->addWidget(separator(this));
-    root->addLayout(headphoneStrip());
-    nameControls();
-}
-
-void ka1::nameControls()
-{
-    name(micKnob, tr("INPUT"), tr("Gain"));
-    name(micMeter, tr("INPUT"), tr("Level"));
-    // By what it switches on: its own text says which input is on now.
-    name(instButton, tr("INPUT"), tr("INST"));
-    for (Button* toggle : {padButton, phantomButton, micDirect})
-        name(toggle, tr("INPUT"), toggle->text());
-    name(headphoneKnob, tr("HEADPHONE"), tr("Volume"));
-    for (Button* toggle : {headphoneMute, headphoneDim})
-        name(toggle, tr("HEADPHONE"), toggle->text());
-    otgToHpKnob->setAccessibleName(tr("Phone To HP Volume"));
-    name(otgHpMeter, tr("Phone To HP Volume"), tr("Level"));
-}
-
-QLayout* ka1::inputStrip()
-{
-    auto* buttons = new QVBoxLayout;
-    buttons->setAlignment(Qt::AlignCenter);
-    for (Button* toggle : {instButton, padButton, phantomButton, micDirect})
-        buttons->addWidget(toggle);
-
-    auto* strip = new QVBoxLayout;
-    strip->setContentsMargins(10, 10, 20, 10);
-    strip->addWidget(title(tr("INPUT")));
-    strip->addWidget(micKnob);
-    strip->addWidget(micMeter);
-    strip->addWidget(caption(tr("Gain")));
     // Takes the height in which the other strip is taller, so that both headings stand level.
-    strip->addLayout(buttons, 1);
-    return strip;
+    PanelStrip buttons = input.column(1);
+    const Button* instButton =
+        buttons.add(InputSwitch{.text = tr("MIC"),
+                                .textWhenOn = tr("INST"),
+                                .accent = PanelWidgets::micAccent,
+                                .key = "Button/MicInstrIsChecked",
+                                .command = &DriverDevice::switchMicInstrument,
+                                .channel = micChannel,
+                                .clicked = "Mic Instr Button Clicked",
+                                .clickedState = StateText::none,
+                                .switched = "Mic instruction switched for channel 1.",
+                                .failed = "Failed to switch mic instruction."});
+    const Button* padButton =
+        buttons.add(InputSwitch{.text = tr("20dB"),
+                                .accent = PanelWidgets::padAccent,
+                                .key = "Button/Mic20dBIsChecked",
+                                .command = &DriverDevice::setMic20dB,
+                                .channel = micChannel,
+                                .clicked = "Mic 20dB Button Clicked",
+                                .clickedState = StateText::none,
+                                .switched = "Mic 20dB switched for channel 1.",
+                                .failed = "Failed to switch mic 20dB."});
+    const Button* phantomButton =
+        buttons.add(InputSwitch{.text = tr("48V"),
+                                .accent = PanelWidgets::phantomAccent,
+                                .key = "Button/Mic48VIsChecked",
+                                .command = &DriverDevice::setMic48V,
+                                .channel = micChannel,
+                                .clicked = "Mic 48V Button Clicked",
+                                .clickedState = StateText::none,
+                                .switched = "Mic 48V switched for channel 1.",
+                                .failed = "Failed to switch mic 48V."});
+    const Button* micDirect =
+        buttons.add(Monitor{.text = tr("DIRECT"),
+                            .key = "Button/MonitorMicIsChecked",
+                            .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
+                            .setState = StateText::number});
+
+    separator();
+
+    PanelStrip output = outputStrip(tr("HEADPHONE"), Qt::AlignCenter);
+    const OutputControls headphone = output.add(headphoneTraits, OutputLook{.volume = tr("Volume"),
+                                                                            .mute = tr("MUTE"),
+                                                                            .dim = tr("DIM"),
+                                                                            .buttonStyle = 10});
+
+    PanelStrip phone = output.row(8);
+    const Knob* otgToHpKnob =
+        phone.add(PhoneLevel{.text = tr("Phone To HP Volume"),
+                             .key = "Dial/OtgToHpValue",
+                             .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
+                             .set = "OTG to HP volume set to:",
+                             .failed = "Failed to set OTG to HP volume."});
+    PanelStrip phoneTexts = phone.column();
+    phoneTexts.add(LevelReadOut{.text = tr("Level"),
+                                .level = phoneLevel(),
+                                .of = tr("Phone To HP Volume"),
+                                .atStart = tr("-160 dB")});
+    phoneTexts.caption(tr("Phone To HP Volume"), PanelWidgets::smallCaptionStyle);
+    output.stretch();
+
+    presetRoutes();
+    start({instButton, padButton, phantomButton, micDirect, micKnob, headphone.volume,
+           headphone.mute, headphone.dim, otgToHpKnob});
 }
 
-QLayout* ka1::headphoneStrip()
+void ka1::presetRoutes()
 {
-    auto* volume = new QHBoxLayout;
-    volume->addWidget(headphoneKnob);
-
-    auto* phoneTexts = new QVBoxLayout;
-    phoneTexts->setAlignment(Qt::AlignCenter);
-    phoneTexts->addWidget(otgHpMeter);
-    phoneTexts->addWidget(caption(tr("Phone To HP Volume"), smallCaptionStyle));
-
-    auto* phone = new QHBoxLayout;
-    phone->setAlignment(Qt::AlignCenter);
-    phone->setSpacing(8);
-    phone->addWidget(otgToHpKnob);
-    phone->addLayout(phoneTexts);
-
-    auto* strip = new QVBoxLayout;
-    strip->setAlignment(Qt::AlignCenter);
-    strip->setContentsMargins(20, 10, 10, 10);
-    strip->addWidget(title(tr("HEADPHONE")));
-    strip->addLayout(volume);
-    strip->addWidget(caption(tr("Volume")));
-    strip->addLayout(outputButtonRow(headphoneMute, headphoneDim));
-    strip->addLayout(phone);
-    strip->addStretch();
-    return strip;
-}
-
-void ka1::connectControls()
-{
-    bindMicGain(micKnob, "Dial/MicValue", micChannel);
-    bindSwitch(
-        instButton, "Button/MicInstrIsChecked", instTexts,
-        [this](std::uint8_t on) { return link.device().switchMicInstrument(micChannel, on); },
-        [this](bool on) { instButton->setText(on ? tr("INST") : tr("MIC")); });
-    bindSwitch(padButton, "Button/Mic20dBIsChecked", padTexts,
-               [this](std::uint8_t on) { return link.device().setMic20dB(micChannel, on); });
-    bindSwitch(phantomButton, "Button/Mic48VIsChecked", phantomTexts,
-               [this](std::uint8_t on) { return link.device().setMic48V(micChannel, on); });
-    bindMonitor(micDirect, "Button/MonitorMicIsChecked",
-                {MixerCell::route(0, 0), MixerCell::route(1, 1)}, StateText::number);
-    bindOutput(headphoneTraits, headphoneKnob, headphoneMute, headphoneDim);
-    bindPhoneLevel(otgToHpKnob, "Dial/OtgToHpValue",
-                   {MixerCell::route(2, 0), MixerCell::route(3, 1)},
-                   "OTG to HP volume set to:", "Failed to set OTG to HP volume.");
-}
-
-void ka1::presetMixer()
-{
-    link.presetOutputGains();
     for (std::size_t k = 0; k < 8; ++k) {
-        link.presetGain(MixerCell::at(4 + k, k), 1.0);
-        link.presetGain(MixerCell::at(160 + k, k), 1.0);
+        presetRoute(MixerCell::at(4 + k, k));
+        presetRoute(MixerCell::at(160 + k, k));
     }
     for (const std::size_t row : {96U, 128U, 130U}) {
-        link.presetGain(MixerCell::at(row, 0), 1.0);
-        link.presetGain(MixerCell::at(row + 1, 1), 1.0);
+        presetRoute(MixerCell::at(row, 0));
+        presetRoute(MixerCell::at(row + 1, 1));
     }
-}
-
-void ka1::loadState()
-{
-    restoreState({instButton, padButton, phantomButton, micDirect, micKnob, headphoneKnob,
-                  headphoneMute, headphoneDim, otgToHpKnob});
-}
-
-void ka1::showLevels(const MeterBlock& levels)
-{
-    showLevel(micMeter, sampleToDb(levels[0]));
-    showLevel(otgHpMeter, phoneLevelDb(levels[2], levels[3]));
 }

@@ -2,15 +2,7 @@
 
 #include "controls/button.h"
 #include "controls/knob.h"
-#include "driver/gain.h"
 #include "panels/output_volume.h"
-#include "panels/panel_widgets.h"
-
-#include <QBoxLayout>
-#include <QFrame>
-#include <QLabel>
-
-using namespace PanelWidgets;
 
 namespace {
 
@@ -43,85 +35,26 @@ ks::ks(QWidget* parent)
              .settingsFile = QStringLiteral("ks.ini")},
             parent)
 {
-    if (!link.openDevice())
+    if (!begin())
         return;
-    link.openSettings();
-    createControls();
-    buildLayout();
-    tabInReadingOrder(layout());
-    connectControls();
-    link.presetOutputGains();
-    startMeters();
-    loadState();
-}
 
-void ks::createControls()
-{
-    micKnob = gainKnob(42, 0, this);
-    micMeter = readOut();
-    micDirect = button(tr("DIRECT"), outputAccent);
-    headphoneKnob = volumeKnob(this);
-    headphoneMute = outputButton(QStringLiteral("MUTE"), 12);
-    headphoneDim = outputButton(QStringLiteral("DIM"), 12);
-}
+    PanelStrip mic = inputStrip(tr("MIC"));
+    const Knob* micKnob =
+        mic.add(MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = 1, .maximum = 42});
+    mic.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(0)});
+    mic.caption(tr("Gain"), ksCaptionStyle);
+    const Button* micDirect =
+        mic.add(Monitor{.text = tr("DIRECT"),
+                        .key = "Button/MonitorMicIsChecked",
+                        .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
+                        .setState = StateText::word});
+    mic.stretch();
 
-void ks::buildLayout()
-{
-    QBoxLayout* root = rootLayout(this);
-    root->addLayout(micStrip());
-    root->addWidget(separator(this));
-    root->addLayout(headphoneStrip());
-    nameControls();
-}
+    separator();
 
-void ks::nameControls()
-{
-    name(micKnob, tr("MIC"), tr("Gain"));
-    name(micMeter, tr("MIC"), tr("Level"));
-    name(micDirect, tr("MIC"), micDirect->text());
-    name(headphoneKnob, QStringLiteral("HEADPHONE"), tr("Volume"));
-    for (Button* toggle : {headphoneMute, headphoneDim})
-        name(toggle, QStringLiteral("HEADPHONE"), toggle->text());
-}
+    PanelStrip output = outputStrip(QStringLiteral("HEADPHONE"));
+    const OutputControls headphone = output.add(
+        headphoneTraits, OutputLook{.volume = tr("Volume"), .captionStyle = ksCaptionStyle});
 
-QLayout* ks::micStrip()
-{
-    auto* strip = new QVBoxLayout;
-    strip->setContentsMargins(10, 10, 20, 10);
-    strip->addWidget(title(tr("MIC")));
-    strip->addWidget(micKnob);
-    strip->addWidget(micMeter);
-    strip->addWidget(caption(tr("Gain"), ksCaptionStyle));
-    strip->addWidget(micDirect, 0, Qt::AlignHCenter);
-    strip->addStretch();
-    return strip;
-}
-
-QLayout* ks::headphoneStrip()
-{
-    auto* strip = new QVBoxLayout;
-    strip->setContentsMargins(20, 10, 10, 10);
-    strip->addWidget(title(QStringLiteral("HEADPHONE")));
-    strip->addWidget(headphoneKnob, 0, Qt::AlignHCenter);
-    strip->addWidget(caption(tr("Volume"), ksCaptionStyle));
-    strip->addLayout(outputButtonRow(headphoneMute, headphoneDim));
-    return strip;
-}
-
-void ks::connectControls()
-{
-    bindMicGain(micKnob, "Dial/MicValue", 1);
-    bindMonitor(micDirect, "Button/MonitorMicIsChecked",
-                {MixerCell::route(0, 0), MixerCell::route(1, 1)}, StateText::word);
-    bindOutput(headphoneTraits, headphoneKnob, headphoneMute, headphoneDim);
-}
-
-void ks::loadState()
-{
-    restoreState({micDirect, micKnob, headphoneKnob, headphoneMute, headphoneDim});
-}
-
-void ks::showLevels(const MeterBlock& levels)
-{
-    showLevel(micMeter, sampleToDb(levels[0]));
+    start({micDirect, micKnob, headphone.volume, headphone.mute, headphone.dim});
 }

@@ -21,7 +21,7 @@ void log(const char* text)
 } // namespace
 
 OutputVolume::OutputVolume(const OutputTraits& outputTraits, PanelLink& panelLink,
-                           const Controls& outputControls, QObject* parent)
+                           const OutputControls& outputControls, QObject* parent)
     : QObject(parent)
     , traits(outputTraits)
     , link(panelLink)

@@ -37,20 +37,21 @@ struct OutputTraits
     const char* dimOff;
 };
 
+/// The three controls of an output.
+struct OutputControls
+{
+    Knob* volume;
+    Button* mute;
+    Button* dim;
+};
+
 /// The volume, mute and dim of one stereo output: mute is silence, dim is 20 dB less, and mute
 /// wins. Each handler ends by storing its control; mute and dim store the volume as well.
 class OutputVolume : public QObject
 {
 public:
-    struct Controls
-    {
-        Knob* volume;
-        Button* mute;
-        Button* dim;
-    };
-
     /// Connects the three controls to their handlers.
-    OutputVolume(const OutputTraits& traits, PanelLink& link, const Controls& controls,
+    OutputVolume(const OutputTraits& traits, PanelLink& link, const OutputControls& controls,
                  QObject* parent);
 
 private:
@@ -61,7 +62,7 @@ private:
 
     OutputTraits traits;
     PanelLink& link;
-    Controls controls;
+    OutputControls controls;
     bool muted = false;
     bool dimmed = false;
 };

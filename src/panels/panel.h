@@ -1,85 +1,47 @@
 #pragma once
 
+#include "panels/panel_controls.h"
 #include "panels/panel_link.h"
+#include "panels/panel_meters.h"
+#include "panels/panel_strip.h"
 
-#include <QList>
 #include <QWidget>
 
-#include <functional>
+#include <initializer_list>
 
-class Button;
-class Knob;
-struct OutputTraits;
+class QBoxLayout;
 
-/// How a toggle's state stands in the debug log.
-enum class StateText { none, number, word };
-
-/// The texts around a switch command.
-struct SwitchTexts
-{
-    const char* clicked;
-    StateText clickedState;
-    const char* switched;
-    const char* failed;
-};
-
-/// What the model panels share: the link to the device and the INI file, the pattern of a
-/// handler, the restoring of saved state and the 500 ms read-outs. A panel that could not reach
-/// its device stays an empty widget.
+/// What a model's panel is made of: the link to the device and the INI file, strips of controls
+/// from left to right, and the read-outs. A model's constructor calls begin(), adds its strips and
+/// calls start(). A panel that could not reach its device stays an empty widget.
 class Panel : public QWidget
 {
 public:
-    ~Panel() override;
-
     /// Makes the INI file current. Every handler has already done so for its own key.
     void saveState() { link.save(); }
 
 protected:
     Panel(PanelModel model, QWidget* parent);
 
-    /// Runs `handler` on every change of the knob, then stores the knob's value under `key`.
-    void bindKnob(Knob* knob, const char* key, int missing, std::function<void(int)> handler);
-    /// Runs `handler` on every toggle, then stores the button's state under `key`.
-    void bindButton(Button* button, const char* key, std::function<void(bool)> handler);
+    /// Opens the device and the INI file. When it returns false nothing more may be done.
+    bool begin();
 
-    /// Microphone gain: the device takes two steps for each dB.
-    void bindMicGain(Knob* knob, const char* key, std::uint8_t channel);
-    /// A switch of the input stage; `switchInput` runs the command and `accepted` follows it.
-    void bindSwitch(Button* button, const char* key, const SwitchTexts& texts,
-                    std::function<bool(std::uint8_t on)> switchInput,
-                    std::function<void(bool on)> accepted = {});
-    /// Direct monitoring: unity or silence in the cells.
-    void bindMonitor(Button* button, const char* key, std::vector<std::size_t> cells,
-                     StateText stateText);
-    /// The phone's level in an output.
-    void bindPhoneLevel(Knob* knob, const char* key, std::vector<std::size_t> cells,
-                        const char* done, const char* failed);
+    PanelStrip inputStrip(const QString& heading);
+    PanelStrip outputStrip(const QString& heading, Qt::Alignment alignment = {});
+    /// The line between inputs and outputs.
+    void separator();
 
-    /// Volume, mute and dim of an output.
-    void bindOutput(const OutputTraits& traits, Knob* volume, Button* mute, Button* dim);
+    /// Puts unity into a cell of the mixer table; the first change sends it along.
+    void presetRoute(std::size_t cell) { link.presetGain(cell, 1.0); }
 
-    /// Brings the controls back in this order, through their own signals: every saved value
-    /// reaches the device and is written back.
-    void restoreState(std::initializer_list<const QWidget*> order);
-
-    void startMeters();
-    /// Called every 500 ms with fresh levels.
-    virtual void showLevels(const MeterBlock& levels) = 0;
-
-    PanelLink link;
+    /// Starts the read-outs and brings the saved values back in this order.
+    void start(std::initializer_list<const QWidget*> restoreOrder);
 
 private:
-    struct Restorer
-    {
-        QWidget* control;
-        std::function<void()> restore;
-    };
+    PanelStrip strip(const QString& heading, QMargins margins, Qt::Alignment alignment);
 
-    /// Notes how restoreState() brings the control back and names the control after its key.
-    void remember(Knob* knob, const char* key, int missing);
-    void remember(Button* button, const char* key);
-    void updateMeters();
-
-    MeterBlock meter{};
-    QList<Restorer> restorers;
+    PanelLink link;
+    PanelControls controls{link};
+    PanelMeters meters{link};
+    QBoxLayout* root = nullptr;
 };

@@ -126,20 +126,6 @@ QBoxLayout* PanelWidgets::rootLayout(QWidget* panel)
     return layout;
 }
 
-QBoxLayout* PanelWidgets::outputButtonRow(Button* mute, Button* dim)
-{
-    auto* row = new QHBoxLayout;
-    row->setAlignment(Qt::AlignCenter);
-    row->addWidget(mute);
-    row->addWidget(dim);
-    return row;
-}
-
-void PanelWidgets::name(QWidget* control, const QString& strip, const QString& itself)
-{
-    control->setAccessibleName(strip + u' ' + itself);
-}
-
 void PanelWidgets::tabInReadingOrder(QLayout* layout)
 {
     QWidgetList controls;

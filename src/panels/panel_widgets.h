@@ -45,12 +45,6 @@ Button* outputButton(const QString& text, int styleInt);
 
 /// The layout of a whole panel, without margins; it becomes the panel's own.
 QBoxLayout* rootLayout(QWidget* panel);
-/// MUTE and DIM side by side.
-QBoxLayout* outputButtonRow(Button* mute, Button* dim);
-
-/// Names a control for screen readers after its strip and itself.
-void name(QWidget* control, const QString& strip, const QString& itself);
-
 /// Lets Tab go through the layout's controls as they are read: strip by strip, from top to bottom.
 void tabInReadingOrder(QLayout* layout);
 

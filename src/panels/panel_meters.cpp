@@ -1,0 +1,53 @@
+#include "panels/panel_meters.h"
+
+#include "driver/gain.h"
+#include "panels/panel_link.h"
+#include "panels/panel_widgets.h"
+
+#include <QDebug>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+constexpr int meterInterval = 500;
+
+} // namespace
+
+LevelOf inputLevel(std::size_t input)
+{
+    return [input](const MeterBlock& levels) { return sampleToDb(levels[input]); };
+}
+
+LevelOf phoneLevel()
+{
+    return [](const MeterBlock& levels) { return phoneLevelDb(levels[2], levels[3]); };
+}
+
+PanelMeters::PanelMeters(PanelLink& panelLink)
+    : link(panelLink)
+{
+}
+
+void PanelMeters::add(QLabel* readOut, LevelOf level)
+{
+    entries.append({readOut, std::move(level)});
+}
+
+void PanelMeters::start(QObject* panel)
+{
+    auto* timer = new QTimer(panel);
+    QObject::connect(timer, &QTimer::timeout, panel, [this] { update(); });
+    timer->start(meterInterval);
+}
+
+void PanelMeters::update()
+{
+    if (!link.readMeters(block)) {
+        qDebug() << "Failed to read meter data from driver.";
+        return;
+    }
+    for (const Entry& entry : entries)
+        PanelWidgets::showLevel(entry.readOut, entry.level(block));
+}
