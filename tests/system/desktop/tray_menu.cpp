@@ -3,6 +3,14 @@
 #include "system/desktop/desktop.h"
 #include "system/desktop/wait_until.h"
 
+namespace {
+
+/// A window that comes up late takes a menu away; a user opens it once more.
+constexpr int tries = 3;
+constexpr auto patienceWithOne = std::chrono::seconds(15);
+
+} // namespace
+
 bool TrayMenu::open()
 {
     const auto area = Desktop::waitForTrayIcon();
@@ -10,16 +18,24 @@ bool TrayMenu::open()
         return false;
     icon = *area;
     closedPicture = pictureAbove();
-    return Desktop::click(icon.center(), Desktop::MouseButton::Right) && waitUntilOpen();
+    for (int i = 0; i < tries; ++i) {
+        if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
+            return false;
+        if (waitUntilOpen())
+            return true;
+    }
+    return false;
 }
 
 bool TrayMenu::waitUntilOpen() const
 {
-    return waitUntil([this] {
-        const QImage now = pictureAbove();
-        QThread::msleep(150);
-        return now != closedPicture && now == pictureAbove();
-    });
+    return waitUntil(
+        [this] {
+            const QImage now = pictureAbove();
+            QThread::msleep(150);
+            return now != closedPicture && now == pictureAbove();
+        },
+        patienceWithOne);
 }
 
 bool TrayMenu::choose(TrayEntry entry)
@@ -28,7 +44,8 @@ bool TrayMenu::choose(TrayEntry entry)
         if (!Desktop::key(QStringLiteral("Up")))
             return false;
     }
-    return Desktop::key(QStringLiteral("Return")) && waitUntilClosed();
+    const bool stillOpen = pictureAbove() != closedPicture;
+    return stillOpen && Desktop::key(QStringLiteral("Return")) && waitUntilClosed();
 }
 
 bool TrayMenu::close()
@@ -49,6 +66,12 @@ bool TrayMenu::waitUntilClosed() const
 
 bool chooseFromTrayMenu(TrayEntry entry)
 {
-    TrayMenu menu;
-    return menu.open() && menu.choose(entry);
+    for (int i = 0; i < tries; ++i) {
+        TrayMenu menu;
+        if (!menu.open())
+            return false;
+        if (menu.choose(entry))
+            return true;
+    }
+    return false;
 }

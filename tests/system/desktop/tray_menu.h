@@ -18,14 +18,16 @@ enum class TrayEntry {
 class TrayMenu
 {
 public:
-    /// Opens the menu with one right click on the icon and waits until it stands still. A window
-    /// that gets the keyboard takes the menu away, so wait for the window first.
+    /// Opens the menu with a right click on the icon and waits until it stands still. A window
+    /// that gets the keyboard takes the menu away, so wait for the window first; one that is late
+    /// all the same costs another click.
     bool open();
 
     /// Where the icon is; valid once opened.
     QRect iconArea() const { return icon; }
 
     /// Chooses an entry of the open menu with the arrow keys and waits until the menu is gone.
+    /// False when it went before.
     bool choose(TrayEntry entry);
 
     /// Closes the open menu without choosing anything.
