@@ -1,7 +1,5 @@
 #include "panels/ka1.h"
 
-#include "controls/button.h"
-#include "controls/knob.h"
 #include "panels/output_volume.h"
 
 namespace {
@@ -36,66 +34,73 @@ ka1::ka1(QWidget* parent)
     if (!begin())
         return;
 
+    addInput();
+    separator();
+    addHeadphone();
+    presetRoutes();
+    start({"Button/MicInstrIsChecked", "Button/Mic20dBIsChecked", "Button/Mic48VIsChecked",
+           "Button/MonitorMicIsChecked", "Dial/MicValue", "Dial/HeadphoneValue",
+           "Button/HeadphoneMuteIsChecked", "Button/HeadphoneDimIsChecked", "Dial/OtgToHpValue"});
+}
+
+void ka1::addInput()
+{
     PanelStrip input = inputStrip(tr("INPUT"));
-    const Knob* micKnob = input.add(
+    input.add(
         MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = micChannel, .maximum = 42});
     input.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(0), .atStart = tr("-160 dB")});
     input.caption(tr("Gain"));
 
     // Takes the height in which the other strip is taller, so that both headings stand level.
     PanelStrip buttons = input.column(1);
-    const Button* instButton =
-        buttons.add(InputSwitch{.text = tr("MIC"),
-                                .textWhenOn = tr("INST"),
-                                .accent = PanelWidgets::micAccent,
-                                .key = "Button/MicInstrIsChecked",
-                                .command = &DriverDevice::switchMicInstrument,
-                                .channel = micChannel,
-                                .clicked = "Mic Instr Button Clicked",
-                                .clickedState = StateText::none,
-                                .switched = "Mic instruction switched for channel 1.",
-                                .failed = "Failed to switch mic instruction."});
-    const Button* padButton =
-        buttons.add(InputSwitch{.text = tr("20dB"),
-                                .accent = PanelWidgets::padAccent,
-                                .key = "Button/Mic20dBIsChecked",
-                                .command = &DriverDevice::setMic20dB,
-                                .channel = micChannel,
-                                .clicked = "Mic 20dB Button Clicked",
-                                .clickedState = StateText::none,
-                                .switched = "Mic 20dB switched for channel 1.",
-                                .failed = "Failed to switch mic 20dB."});
-    const Button* phantomButton =
-        buttons.add(InputSwitch{.text = tr("48V"),
-                                .accent = PanelWidgets::phantomAccent,
-                                .key = "Button/Mic48VIsChecked",
-                                .command = &DriverDevice::setMic48V,
-                                .channel = micChannel,
-                                .clicked = "Mic 48V Button Clicked",
-                                .clickedState = StateText::none,
-                                .switched = "Mic 48V switched for channel 1.",
-                                .failed = "Failed to switch mic 48V."});
-    const Button* micDirect =
-        buttons.add(Monitor{.text = tr("DIRECT"),
-                            .key = "Button/MonitorMicIsChecked",
-                            .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
-                            .setState = StateText::number});
+    buttons.add(InputSwitch{.text = tr("MIC"),
+                            .textWhenOn = tr("INST"),
+                            .accent = PanelWidgets::micAccent,
+                            .key = "Button/MicInstrIsChecked",
+                            .command = &DriverDevice::switchMicInstrument,
+                            .channel = micChannel,
+                            .clicked = "Mic Instr Button Clicked",
+                            .clickedState = StateText::none,
+                            .switched = "Mic instruction switched for channel 1.",
+                            .failed = "Failed to switch mic instruction."});
+    buttons.add(InputSwitch{.text = tr("20dB"),
+                            .accent = PanelWidgets::padAccent,
+                            .key = "Button/Mic20dBIsChecked",
+                            .command = &DriverDevice::setMic20dB,
+                            .channel = micChannel,
+                            .clicked = "Mic 20dB Button Clicked",
+                            .clickedState = StateText::none,
+                            .switched = "Mic 20dB switched for channel 1.",
+                            .failed = "Failed to switch mic 20dB."});
+    buttons.add(InputSwitch{.text = tr("48V"),
+                            .accent = PanelWidgets::phantomAccent,
+                            .key = "Button/Mic48VIsChecked",
+                            .command = &DriverDevice::setMic48V,
+                            .channel = micChannel,
+                            .clicked = "Mic 48V Button Clicked",
+                            .clickedState = StateText::none,
+                            .switched = "Mic 48V switched for channel 1.",
+                            .failed = "Failed to switch mic 48V."});
+    buttons.add(Monitor{.text = tr("DIRECT"),
+                        .key = "Button/MonitorMicIsChecked",
+                        .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
+                        .setState = StateText::number});
+}
 
-    separator();
-
+void ka1::addHeadphone()
+{
     PanelStrip output = outputStrip(tr("HEADPHONE"), Qt::AlignCenter);
-    const OutputControls headphone = output.add(headphoneTraits, OutputLook{.volume = tr("Volume"),
-                                                                            .mute = tr("MUTE"),
-                                                                            .dim = tr("DIM"),
-                                                                            .buttonStyle = 10});
+    output.add(headphoneTraits, OutputLook{.volume = tr("Volume"),
+                                           .mute = tr("MUTE"),
+                                           .dim = tr("DIM"),
+                                           .buttonStyle = 10});
 
     PanelStrip phone = output.row(8);
-    const Knob* otgToHpKnob =
-        phone.add(PhoneLevel{.text = tr("Phone To HP Volume"),
-                             .key = "Dial/OtgToHpValue",
-                             .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
-                             .set = "OTG to HP volume set to:",
-                             .failed = "Failed to set OTG to HP volume."});
+    phone.add(PhoneLevel{.text = tr("Phone To HP Volume"),
+                         .key = "Dial/OtgToHpValue",
+                         .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
+                         .set = "OTG to HP volume set to:",
+                         .failed = "Failed to set OTG to HP volume."});
     PanelStrip phoneTexts = phone.column();
     phoneTexts.add(LevelReadOut{.text = tr("Level"),
                                 .level = phoneLevel(),
@@ -103,10 +108,6 @@ ka1::ka1(QWidget* parent)
                                 .atStart = tr("-160 dB")});
     phoneTexts.caption(tr("Phone To HP Volume"), PanelWidgets::smallCaptionStyle);
     output.stretch();
-
-    presetRoutes();
-    start({instButton, padButton, phantomButton, micDirect, micKnob, headphone.volume,
-           headphone.mute, headphone.dim, otgToHpKnob});
 }
 
 void ka1::presetRoutes()

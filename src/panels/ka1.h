@@ -12,5 +12,7 @@ public:
     explicit ka1(QWidget* parent = nullptr);
 
 private:
+    void addInput();
+    void addHeadphone();
     void presetRoutes();
 };

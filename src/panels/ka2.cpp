@@ -1,7 +1,5 @@
 #include "panels/ka2.h"
 
-#include "controls/button.h"
-#include "controls/knob.h"
 #include "panels/output_volume.h"
 
 /// What a microphone's controls are called in the INI file, and where its sound goes.
@@ -14,20 +12,6 @@ struct ka2::MicTraits
     const char* padKey;
     const char* phantomKey;
     const char* directKey;
-};
-
-struct ka2::MicStrip
-{
-    const Knob* gain;
-    const Button* pad;
-    const Button* phantom;
-    const Button* direct;
-};
-
-struct ka2::OutputStrip
-{
-    OutputControls output;
-    const Knob* phone;
 };
 
 namespace {
@@ -80,92 +64,89 @@ ka2::ka2(QWidget* parent)
     if (!begin())
         return;
 
-    const MicStrip mic1 = addMic({.heading = tr("MIC1"),
-                                  .channel = 1,
-                                  .input = 0,
-                                  .gainKey = "Dial/Mic1Value",
-                                  .padKey = "Button/Mic120dBIsChecked",
-                                  .phantomKey = "Button/Mic148VIsChecked",
-                                  .directKey = "Button/MonitorMic1IsChecked"});
-    const MicStrip mic2 = addMic({.heading = tr("MIC2"),
-                                  .channel = 2,
-                                  .input = 1,
-                                  .gainKey = "Dial/Mic2Value",
-                                  .padKey = "Button/Mic220dBIsChecked",
-                                  .phantomKey = "Button/Mic248VIsChecked",
-                                  .directKey = "Button/MonitorMic2IsChecked"});
+    addMic({.heading = tr("MIC1"),
+            .channel = 1,
+            .input = 0,
+            .gainKey = "Dial/Mic1Value",
+            .padKey = "Button/Mic120dBIsChecked",
+            .phantomKey = "Button/Mic148VIsChecked",
+            .directKey = "Button/MonitorMic1IsChecked"});
+    addMic({.heading = tr("MIC2"),
+            .channel = 2,
+            .input = 1,
+            .gainKey = "Dial/Mic2Value",
+            .padKey = "Button/Mic220dBIsChecked",
+            .phantomKey = "Button/Mic248VIsChecked",
+            .directKey = "Button/MonitorMic2IsChecked"});
 
     separator();
 
     // The failure text names HP for the speakers too: log readers know it so.
-    const auto [speaker, otgToSpKnob] =
-        addOutput(tr("SPEAKER"), speakerTraits,
-                  {.text = tr("Phone To SP Volume"),
-                   .key = "Dial/OtgToSPValue",
-                   .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
-                   .set = "OTG to SP volume set to:",
-                   .failed = "Failed to set OTG to HP volume."});
-    const auto [headphone, otgToHpKnob] =
-        addOutput(tr("HEADPHONE"), headphoneTraits,
-                  {.text = tr("Phone To HP Volume"),
-                   .key = "Dial/OtgToHpValue",
-                   .cells = {MixerCell::route(2, 4), MixerCell::route(3, 5)},
-                   .set = "OTG to HP volume set to:",
-                   .failed = "Failed to set OTG to HP volume."});
+    addOutput(tr("SPEAKER"), speakerTraits,
+              {.text = tr("Phone To SP Volume"),
+               .key = "Dial/OtgToSPValue",
+               .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
+               .set = "OTG to SP volume set to:",
+               .failed = "Failed to set OTG to HP volume."});
+    addOutput(tr("HEADPHONE"), headphoneTraits,
+              {.text = tr("Phone To HP Volume"),
+               .key = "Dial/OtgToHpValue",
+               .cells = {MixerCell::route(2, 4), MixerCell::route(3, 5)},
+               .set = "OTG to HP volume set to:",
+               .failed = "Failed to set OTG to HP volume."});
 
-    start({mic1.pad, mic1.phantom, mic1.direct, mic1.gain, mic2.gain, mic2.pad, mic2.phantom,
-           mic2.direct, speaker.volume, speaker.mute, speaker.dim, headphone.volume, headphone.mute,
-           headphone.dim, otgToHpKnob, otgToSpKnob});
+    start({"Button/Mic120dBIsChecked", "Button/Mic148VIsChecked", "Button/MonitorMic1IsChecked",
+           "Dial/Mic1Value", "Dial/Mic2Value", "Button/Mic220dBIsChecked",
+           "Button/Mic248VIsChecked", "Button/MonitorMic2IsChecked", "Dial/SpeakerValue",
+           "Button/SpeakerMuteIsChecked", "Button/SpeakerDimIsChecked", "Dial/HeadphoneValue",
+           "Button/HeadphoneMuteIsChecked", "Button/HeadphoneDimIsChecked", "Dial/OtgToHpValue",
+           "Dial/OtgToSPValue"});
 }
 
-ka2::MicStrip ka2::addMic(const MicTraits& traits)
+void ka2::addMic(const MicTraits& traits)
 {
     PanelStrip strip = inputStrip(traits.heading);
-    MicStrip mic{};
-    mic.gain = strip.add(MicGain{.text = tr("Gain"),
-                                 .key = traits.gainKey,
-                                 .channel = traits.channel,
-                                 .maximum = 56,
-                                 .displayOffset = 9});
+    strip.add(MicGain{.text = tr("Gain"),
+                      .key = traits.gainKey,
+                      .channel = traits.channel,
+                      .maximum = 56,
+                      .displayOffset = 9});
     strip.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(traits.input)});
     strip.caption(tr("Gain"));
     // The texts name channel 1 for both microphones: log readers know them so.
-    mic.pad = strip.add(InputSwitch{.text = QStringLiteral("20dB"),
-                                    .accent = PanelWidgets::padAccent,
-                                    .key = traits.padKey,
-                                    .command = &DriverDevice::setMic20dB,
-                                    .channel = traits.channel,
-                                    .clicked = "Mic 20dB Button Clicked",
-                                    .clickedState = StateText::word,
-                                    .switched = "Mic 20dB switched for channel 1.",
-                                    .failed = "Failed to switch mic 20dB."});
-    mic.phantom = strip.add(InputSwitch{.text = QStringLiteral("48V"),
-                                        .accent = PanelWidgets::phantomAccent,
-                                        .key = traits.phantomKey,
-                                        .command = &DriverDevice::setMic48V,
-                                        .channel = traits.channel,
-                                        .clicked = "Mic 48V Button Clicked",
-                                        .clickedState = StateText::word,
-                                        .switched = "Mic 48V switched for channel 1.",
-                                        .failed = "Failed to switch mic 48V."});
+    strip.add(InputSwitch{.text = QStringLiteral("20dB"),
+                          .accent = PanelWidgets::padAccent,
+                          .key = traits.padKey,
+                          .command = &DriverDevice::setMic20dB,
+                          .channel = traits.channel,
+                          .clicked = "Mic 20dB Button Clicked",
+                          .clickedState = StateText::word,
+                          .switched = "Mic 20dB switched for channel 1.",
+                          .failed = "Failed to switch mic 20dB."});
+    strip.add(InputSwitch{.text = QStringLiteral("48V"),
+                          .accent = PanelWidgets::phantomAccent,
+                          .key = traits.phantomKey,
+                          .command = &DriverDevice::setMic48V,
+                          .channel = traits.channel,
+                          .clicked = "Mic 48V Button Clicked",
+                          .clickedState = StateText::word,
+                          .switched = "Mic 48V switched for channel 1.",
+                          .failed = "Failed to switch mic 48V."});
     // A microphone is heard on both sides of both outputs.
-    mic.direct = strip.add(
+    strip.add(
         Monitor{.text = tr("DIRECT"),
                 .key = traits.directKey,
                 .cells = {MixerCell::route(traits.input, 0), MixerCell::route(traits.input, 1),
                           MixerCell::route(traits.input, 4), MixerCell::route(traits.input, 5)},
                 .setState = StateText::word});
     strip.stretch();
-    return mic;
 }
 
-ka2::OutputStrip ka2::addOutput(const QString& heading, const OutputTraits& traits,
-                                const PhoneLevel& phone)
+void ka2::addOutput(const QString& heading, const OutputTraits& traits, const PhoneLevel& phone)
 {
     PanelStrip strip = outputStrip(heading);
-    const OutputControls output = strip.add(traits, OutputLook{.volume = tr("Volume")});
-    const Knob* phoneKnob = strip.add(phone);
+    strip.add(traits, OutputLook{.volume = tr("Volume")});
+    strip.add(phone);
     strip.add(LevelReadOut{.text = tr("Level"), .level = phoneLevel(), .of = phone.text});
     strip.caption(phone.text, PanelWidgets::smallCaptionStyle);
-    return {output, phoneKnob};
 }

@@ -13,10 +13,7 @@ public:
 
 private:
     struct MicTraits;
-    struct MicStrip;
-    struct OutputStrip;
 
-    MicStrip addMic(const MicTraits& traits);
-    OutputStrip addOutput(const QString& heading, const OutputTraits& traits,
-                          const PhoneLevel& phone);
+    void addMic(const MicTraits& traits);
+    void addOutput(const QString& heading, const OutputTraits& traits, const PhoneLevel& phone);
 };

@@ -1,7 +1,5 @@
 #include "panels/ks.h"
 
-#include "controls/button.h"
-#include "controls/knob.h"
 #include "panels/output_volume.h"
 
 namespace {
@@ -39,22 +37,20 @@ ks::ks(QWidget* parent)
         return;
 
     PanelStrip mic = inputStrip(tr("MIC"));
-    const Knob* micKnob =
-        mic.add(MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = 1, .maximum = 42});
+    mic.add(MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = 1, .maximum = 42});
     mic.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(0)});
     mic.caption(tr("Gain"), ksCaptionStyle);
-    const Button* micDirect =
-        mic.add(Monitor{.text = tr("DIRECT"),
-                        .key = "Button/MonitorMicIsChecked",
-                        .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
-                        .setState = StateText::word});
+    mic.add(Monitor{.text = tr("DIRECT"),
+                    .key = "Button/MonitorMicIsChecked",
+                    .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
+                    .setState = StateText::word});
     mic.stretch();
 
     separator();
 
     PanelStrip output = outputStrip(QStringLiteral("HEADPHONE"));
-    const OutputControls headphone = output.add(
-        headphoneTraits, OutputLook{.volume = tr("Volume"), .captionStyle = ksCaptionStyle});
+    output.add(headphoneTraits, OutputLook{.volume = tr("Volume"), .captionStyle = ksCaptionStyle});
 
-    start({micDirect, micKnob, headphone.volume, headphone.mute, headphone.dim});
+    start({"Button/MonitorMicIsChecked", "Dial/MicValue", "Dial/HeadphoneValue",
+           "Button/HeadphoneMuteIsChecked", "Button/HeadphoneDimIsChecked"});
 }

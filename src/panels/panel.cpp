@@ -48,7 +48,7 @@ void Panel::separator()
     root->addWidget(PanelWidgets::separator(this));
 }
 
-void Panel::start(std::initializer_list<const QWidget*> restoreOrder)
+void Panel::start(std::initializer_list<const char*> restoreOrder)
 {
     PanelWidgets::tabInReadingOrder(root);
     link.presetOutputGains();

@@ -34,8 +34,9 @@ protected:
     /// Puts unity into a cell of the mixer table; the first change sends it along.
     void presetRoute(std::size_t cell) { link.presetGain(cell, 1.0); }
 
-    /// Starts the read-outs and brings the saved values back in this order.
-    void start(std::initializer_list<const QWidget*> restoreOrder);
+    /// Starts the read-outs and brings the saved values back in the order of these INI keys, which
+    /// must name all controls.
+    void start(std::initializer_list<const char*> restoreOrder);
 
 private:
     PanelStrip strip(const QString& heading, QMargins margins, Qt::Alignment alignment);

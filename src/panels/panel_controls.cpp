@@ -134,14 +134,14 @@ void PanelControls::remember(Button* button, const char* key)
     restorers.append({button, [this, button, key] { button->setOn(link.storedSwitch(key)); }});
 }
 
-void PanelControls::restore(std::initializer_list<const QWidget*> order)
+void PanelControls::restore(std::initializer_list<const char*> keys)
 {
-    Q_ASSERT(static_cast<qsizetype>(order.size()) == restorers.size());
-    for (const QWidget* control : order) {
-        const auto found =
-            std::find_if(restorers.cbegin(), restorers.cend(), [control](const Restorer& restorer) {
-                return restorer.control == control;
-            });
+    Q_ASSERT(static_cast<qsizetype>(keys.size()) == restorers.size());
+    for (const char* const key : keys) {
+        const auto found = std::find_if(restorers.cbegin(), restorers.cend(),
+                                        [name = QLatin1String(key)](const auto& restorer) {
+                                            return restorer.control->objectName() == name;
+                                        });
         Q_ASSERT(found != restorers.cend());
         found->restore();
     }

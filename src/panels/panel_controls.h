@@ -81,9 +81,9 @@ public:
     void bind(Knob* knob, const PhoneLevel& level);
     void bind(const OutputControls& output, const OutputTraits& traits);
 
-    /// Brings all controls back, in this order: every saved value reaches the device and is
-    /// written back.
-    void restore(std::initializer_list<const QWidget*> order);
+    /// Brings all controls back, in the order of these keys: every saved value reaches the device
+    /// and is written back.
+    void restore(std::initializer_list<const char*> keys);
 
 private:
     struct Restorer

@@ -19,15 +19,14 @@ PanelStrip::PanelStrip(PanelControls& panelControls, PanelMeters& panelMeters, Q
 {
 }
 
-Knob* PanelStrip::add(const MicGain& gain)
+void PanelStrip::add(const MicGain& gain)
 {
     Knob* const knob = gainKnob(gain.maximum, gain.displayOffset, layout->parentWidget());
     place(knob, heading + u' ' + gain.text);
     controls.bind(knob, gain);
-    return knob;
 }
 
-Button* PanelStrip::add(const InputSwitch& inputSwitch)
+void PanelStrip::add(const InputSwitch& inputSwitch)
 {
     Button* const made = button(inputSwitch.text, inputSwitch.accent);
     // By what it switches on: its own text says what is on now.
@@ -35,23 +34,20 @@ Button* PanelStrip::add(const InputSwitch& inputSwitch)
         inputSwitch.textWhenOn.isEmpty() ? inputSwitch.text : inputSwitch.textWhenOn;
     place(made, heading + u' ' + name);
     controls.bind(made, inputSwitch);
-    return made;
 }
 
-Button* PanelStrip::add(const Monitor& monitor)
+void PanelStrip::add(const Monitor& monitor)
 {
     Button* const made = button(monitor.text, outputAccent);
     place(made, heading + u' ' + monitor.text);
     controls.bind(made, monitor);
-    return made;
 }
 
-Knob* PanelStrip::add(const PhoneLevel& level)
+void PanelStrip::add(const PhoneLevel& level)
 {
     Knob* const knob = phoneKnob(layout->parentWidget());
     place(knob, level.text);
     controls.bind(knob, level);
-    return knob;
 }
 
 void PanelStrip::add(const LevelReadOut& readOut)
@@ -62,7 +58,7 @@ void PanelStrip::add(const LevelReadOut& readOut)
     meters.add(label, readOut.level);
 }
 
-OutputControls PanelStrip::add(const OutputTraits& traits, const OutputLook& look)
+void PanelStrip::add(const OutputTraits& traits, const OutputLook& look)
 {
     const OutputControls output{volumeKnob(layout->parentWidget()),
                                 outputButton(look.mute, look.buttonStyle),
@@ -73,7 +69,6 @@ OutputControls PanelStrip::add(const OutputTraits& traits, const OutputLook& loo
     buttons.place(output.mute, heading + u' ' + look.mute);
     buttons.place(output.dim, heading + u' ' + look.dim);
     controls.bind(output, traits);
-    return output;
 }
 
 void PanelStrip::caption(const QString& text, const char* style)

@@ -37,12 +37,12 @@ public:
     /// Adds to `layout`, which belongs to the panel already.
     PanelStrip(PanelControls& controls, PanelMeters& meters, QBoxLayout* layout, QString heading);
 
-    Knob* add(const MicGain& gain);
-    Button* add(const InputSwitch& inputSwitch);
-    Button* add(const Monitor& monitor);
-    Knob* add(const PhoneLevel& level);
+    void add(const MicGain& gain);
+    void add(const InputSwitch& inputSwitch);
+    void add(const Monitor& monitor);
+    void add(const PhoneLevel& level);
     void add(const LevelReadOut& readOut);
-    OutputControls add(const OutputTraits& traits, const OutputLook& look);
+    void add(const OutputTraits& traits, const OutputLook& look);
     void caption(const QString& text, const char* style = PanelWidgets::captionStyle);
 
     /// Parts whose content stands in their middle; a spacing of -1 is the usual one.
