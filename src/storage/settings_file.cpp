@@ -6,11 +6,11 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QLockFile>
-#include <QRegularExpression>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryFile>
 
+#include <algorithm>
 #include <system_error>
 
 namespace {
@@ -19,6 +19,33 @@ constexpr int lockedInterval = 250;        // ms: whoever holds a lock saves wit
 constexpr int unwritableInterval = 1000;   // ms
 constexpr qint64 spareRoom = 8192;         // bytes, more than a panel's values ever take
 constexpr std::uintmax_t plenty = 1 << 20; // bytes free, with which nobody need try
+
+bool isSmall(QChar letter)
+{
+    return letter >= u'a' && letter <= u'z';
+}
+
+bool isCapital(QChar letter)
+{
+    return letter >= u'A' && letter <= u'Z';
+}
+
+/// A file is saved beside itself under six random letters first, and a process that is killed
+/// leaves that. A small letter before a capital one tells such a name from a user's ".backup".
+/// Spelt out: the first regular expression of a process brings half a megabyte of code to memory.
+bool isLeftover(const QString& name, const QString& fileName)
+{
+    constexpr int letterCount = 6;
+    if (name.size() != fileName.size() + 1 + letterCount ||
+        !name.startsWith(fileName + u'.', Qt::CaseInsensitive))
+        return false;
+    const QStringView letters = QStringView(name).last(letterCount);
+    const auto isLetter = [](QChar sign) { return isSmall(sign) || isCapital(sign); };
+    return std::all_of(letters.begin(), letters.end(), isLetter) &&
+           std::adjacent_find(letters.begin(), letters.end(), [](QChar first, QChar second) {
+               return isSmall(first) && isCapital(second);
+           }) != letters.end();
+}
 
 } // namespace
 
@@ -55,15 +82,12 @@ SettingsFile::~SettingsFile()
 
 void SettingsFile::removeLeftovers() const
 {
-    // A file is saved beside itself under six random letters first, and a process that is killed
-    // leaves that. A small letter before a capital one tells such a name from a user's ".backup".
-    static const QRegularExpression randomLetters(
-        QStringLiteral("\\.(?=[A-Za-z]{6}$)[A-Za-z]*[a-z][A-Z][A-Za-z]*$"));
     const QFileInfo file(path);
-    const QStringList names =
-        file.dir().entryList({file.fileName() + QStringLiteral(".??????")}, QDir::Files);
-    for (const QString& name : names.filter(randomLetters))
-        file.dir().remove(name);
+    const QStringList names = file.dir().entryList(QDir::Files, QDir::Unsorted);
+    for (const QString& name : names) {
+        if (isLeftover(name, file.fileName()))
+            file.dir().remove(name);
+    }
 }
 
 QString SettingsFile::text(const char* key, const QString& missing) const

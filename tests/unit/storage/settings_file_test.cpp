@@ -389,7 +389,8 @@ void SettingsFileTest::leftoversOfAKill()
 {
     const QStringList kept{"test.ini",        "test.ini.BEFORE",  "test.ini.Editor",
                            "test.ini.aBcdE",  "test.ini.aBcdEfg", "test.ini.backup",
-                           "test.ini.old123", "test2.ini.aBcdEf"};
+                           "test.ini.old123", "test2.ini.aBcdEf", "test.ini.aBcdé",
+                           "test.ini_aBcdEf", "test.ini.aBcd.f"};
     const QStringList left{"test.ini.aBcdEf", "test.ini.QRsTUv", "test.ini.zzzzzZ"};
     for (const QString& name : kept + left)
         IniFile::writeRaw(name, "[Dial]\nMicValue=1\n");
