@@ -3,12 +3,11 @@
 import json
 import subprocess
 import sys
-import time
 
 from costs import counting, resident
 from costs.counts import check_counts, counts, keep_counts
 from costs.session import ROOT
-from costs.table import Table, machine
+from costs.table import Table, machine, publish
 
 ROUNDS = 7
 
@@ -117,14 +116,7 @@ def measure():
     add_paint(table, exact)
     add_latencies(table)
     add_package(table)
-    result = f"Measured {time.strftime('%Y-%m-%d')}\n\n{described}\n{table.markdown()}"
-    print(result)
-    file = ROOT / "benchmarks/results" / f"{time.strftime('%Y-%m-%d-%H%M')}.md"
-    file.write_text(result, encoding="utf-8")
-    page = ROOT / "docs/performance.md"
-    head, mark, _ = page.read_text(encoding="utf-8").partition("## The last table\n\n")
-    page.write_text(head + mark + result, encoding="utf-8")
-    say(f"Written to {file.relative_to(ROOT)} and {page.relative_to(ROOT)}")
+    publish("The last table", described, table)
 
 
 if __name__ == "__main__":

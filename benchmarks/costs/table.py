@@ -4,6 +4,9 @@ import os
 import platform
 import re
 import subprocess
+import time
+
+from costs.session import ROOT
 
 
 class Table:
@@ -35,7 +38,7 @@ def text(value, digits):
     return "-" if value is None else f"{value:.{digits}f}"
 
 
-def machine():
+def machine(under_wine=False):
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         cpu = re.search(r"model name\s*: (.*)", file.read())
     with open("/proc/meminfo", encoding="ascii") as file:
@@ -44,12 +47,37 @@ def machine():
         system = re.search(r'PRETTY_NAME="(.*)"', file.read()).group(1)
     return (f"- processor: {cpu.group(1) if cpu else platform.machine()}, {os.cpu_count()} used\n"
             f"- memory: {memory:.0f} GiB\n- system: {system}, Linux {platform.release().split('-')[0]}\n"
-            f"- Qt {package_version('libqt6widgets6')}, qasmixer {package_version('qasmixer')}, "
-            f"keepassxc {package_version('keepassxc')}\n"
+            f"- {wine_programs() if under_wine else native_programs()}\n"
             f"- load when it began: {os.getloadavg()[0]:.2f}\n")
+
+
+def native_programs():
+    return (f"Qt {package_version('libqt6widgets6')}, qasmixer {package_version('qasmixer')}, "
+            f"keepassxc {package_version('keepassxc')}")
+
+
+def wine_programs():
+    return (f"Wine {package_version('wine')}, Qt for Windows built from "
+            f"{package_version('qt6-base-dev')}")
 
 
 def package_version(name):
     done = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", name], text=True,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     return done.stdout or "unknown"
+
+
+def publish(heading, described, table, suffix=""):
+    """Prints the table, keeps it, and puts it below that heading of the page about performance."""
+    result = f"Measured {time.strftime('%Y-%m-%d')}\n\n{described}\n{table.markdown()}"
+    print(result)
+    file = ROOT / "benchmarks/results" / f"{time.strftime('%Y-%m-%d-%H%M')}{suffix}.md"
+    file.write_text(result, encoding="utf-8")
+    page = ROOT / "docs/performance.md"
+    text_before = page.read_text(encoding="utf-8")
+    head, mark, after = text_before.partition(f"## {heading}\n\n")
+    if not mark:
+        raise RuntimeError(f"{page} has no place for {heading}")
+    _, next_mark, tail = after.partition("\n## ")
+    page.write_text(head + mark + result + next_mark + tail, encoding="utf-8")
+    print(f"==> Written to {file.relative_to(ROOT)} and {page.relative_to(ROOT)}", flush=True)

@@ -1,12 +1,23 @@
 #include "benchmarks/programs/equal_window.h"
 
 #include <QBoxLayout>
-#include <QDial>
 #include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QSlider>
+
+// The Qt that the Windows program comes with has no dials.
+#if QT_CONFIG(dial)
+#include <QDial>
+#endif
 
 namespace {
+
+#if QT_CONFIG(dial)
+using Dial = QDial;
+#else
+using Dial = QSlider;
+#endif
 
 QLabel* label(const char* text, const char* style)
 {
@@ -16,9 +27,9 @@ QLabel* label(const char* text, const char* style)
     return made;
 }
 
-QDial* dial(int size)
+QAbstractSlider* dial(int size)
 {
-    auto* made = new QDial;
+    auto* made = new Dial;
     made->setRange(-80, 6);
     made->setFixedSize(size, size);
     return made;
