@@ -21,6 +21,7 @@ def on_a_desktop(part, *options):
                            ROOT / "scripts/windows/run-beside-windows",
                            sys.executable, "-B", __file__, part],
                           check=True, text=True, stdout=subprocess.PIPE)
+    print(done.stdout, end="", flush=True)
     return json.loads(done.stdout.splitlines()[-1])
 
 
