@@ -1,5 +1,5 @@
-"""What ./benchmark --windows runs: the Windows program under Wine, each part on a desktop and beside
-a private Windows of its own."""
+"""What ./benchmark --windows runs: the Windows program under Wine, each part on a desktop and
+beside a private Windows of its own."""
 
 import json
 import subprocess
@@ -9,7 +9,7 @@ from costs import counting, windows
 from costs.session import ROOT
 from costs.table import Table, machine, publish
 
-ROUNDS = 7
+ROUNDS = 15
 
 
 def say(text):

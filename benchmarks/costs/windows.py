@@ -138,7 +138,7 @@ def open_menu():
 
 
 def quit_once(command, ups):
-    """Milliseconds; None when the menu or the keyboard did not get as far, as may happen in Wine."""
+    """Milliseconds; None when menu or keyboard did not get as far, as may happen in Wine."""
     prepare(ka2=True)
     with running(command) as process:
         time.sleep(SETTLING)
