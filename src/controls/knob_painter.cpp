@@ -32,6 +32,13 @@ int wholePixels(double value)
     return std::isnan(value) ? 0 : int(std::clamp(value, -limit, limit));
 }
 
+/// Whether a widget's pixel is a whole number of the screen's. Where it is not, a region painted in
+/// ends up to a pixel of the screen beside its edge, and one to clip with has soft edges.
+bool hasWholePixels(double pixelRatio)
+{
+    return pixelRatio == std::floor(pixelRatio);
+}
+
 int valueSpan(const Knob& knob, int value)
 {
     const double above = double(value) - knob.minimum;
@@ -185,12 +192,13 @@ QRegion changedArea(const Knob& knob, int before)
     QPainterPath swept;
     swept.arcMoveTo(arc, first / 16.0);
     swept.arcTo(arc, first / 16.0, (far - first) / 16.0);
+    const int around = hasWholePixels(knob.devicePixelRatio()) ? edge : 2 * edge;
     // A square end reaches to its corner.
-    const int reach = (knob.roundCap ? knob.arcWidth + 1 : knob.arcWidth * 3 / 2) / 2 + edge;
+    const int reach = (knob.roundCap ? knob.arcWidth + 1 : knob.arcWidth * 3 / 2) / 2 + around;
     const QRect arcs = swept.boundingRect().toAlignedRect().adjusted(-reach, -reach, reach, reach);
     const QRect disc = arc.toAlignedRect().adjusted(reach, reach, -reach, -reach);
     // Figures need not be of the same width.
-    const QRect text = knob.textRect.adjusted(-room, -edge, room, edge);
+    const QRect text = knob.textRect.adjusted(-room, -around, room, around);
     return (QRegion(arcs) - QRegion(disc, QRegion::Ellipse)) + text;
 }
 
@@ -205,11 +213,13 @@ void paintKnob(QPainter& painter, const Knob& knob, const QRegion& exposed)
         pen.setCapStyle(Qt::RoundCap);
 
     const Cap cap(knob);
+    const bool divides = hasWholePixels(painter.deviceTransform().m11());
     const QRegion inside = exposed & core(knob);
-    const bool onlyFace = cap.covers(inside.boundingRect());
+    const bool onlyFace = divides && cap.covers(inside.boundingRect());
     const QRegion outside = onlyFace ? exposed - inside : exposed;
     if (!outside.isEmpty()) {
-        painter.setClipRegion(outside);
+        if (divides)
+            painter.setClipRegion(outside);
         if (knob.showTrack)
             paintTrack(painter, pen, knob);
         paintValue(painter, pen, knob);

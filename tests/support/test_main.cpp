@@ -37,6 +37,9 @@ int runTest(int argc, char** argv, std::unique_ptr<QObject> (*make)())
     pointTo("QUORVEL_RUNTIME_DIR", home, QStringLiteral("run"));
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Under a name of our own, because Wine hides Qt's variables from Windows programs.
+    if (qEnvironmentVariableIsSet("QUORVEL_TEST_SCALE"))
+        qputenv("QT_SCALE_FACTOR", qgetenv("QUORVEL_TEST_SCALE"));
 
     QApplication application(argc, argv);
     // The settings folder follows the application name; one of its own keeps parallel tests

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+class QWidget;
+
+/// What a shown window has painted, in the pixels of the screen, without those at its right and
+/// lower edge of which it has only a part.
+namespace ScreenPicture {
+
+QImage of(const QWidget& window);
+
+/// The same painted in one go, without any picture that was kept. The window stays as it is.
+QImage paintedAnew(QWidget& window);
+
+/// How two pictures differ, or nothing. The toolkit rounds a gradient by where it begins in a row,
+/// so that one pixel of a knob of which a part was painted may differ by one level.
+QString difference(const QImage& one, const QImage& other);
+
+} // namespace ScreenPicture
