@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace {
@@ -18,8 +19,8 @@ int distance(QRgb a, QRgb b)
 /// Without the pixels at the end of rows and columns that the window has only a part of.
 QImage wholePixels(const QImage& image, QSize size)
 {
-    constexpr double rounding = 0.001;
-    const double ratio = image.devicePixelRatio() + rounding;
+    // In whole percent, for what a ratio has lost on its way through fractions.
+    const double ratio = std::round(image.devicePixelRatio() * 100) / 100;
     return image.copy(0, 0, int(size.width() * ratio), int(size.height() * ratio))
         .convertToFormat(QImage::Format_RGB32);
 }

@@ -1,0 +1,165 @@
+#include "controls/button.h"
+#include "controls/knob.h"
+#include "support/screen_picture.h"
+#include "support/test_main.h"
+#include "window_stage.h"
+
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+#include <QWindow>
+#include <qpa/qwindowsysteminterface.h>
+
+/// The windows on a desk of monitors of different scales (monitors.json): where they move they are
+/// painted anew, in that monitor's pixels.
+class WindowMonitorTest : public QObject, private WindowStage
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void panel_data();
+    void panel();
+    void openEditor();
+    void dialog();
+    void hiddenWhileTheMonitorIsTakenAway();
+
+private:
+    void showPanel(std::uint32_t productId);
+};
+
+namespace {
+
+QScreen* monitor(double scale)
+{
+    for (QScreen* screen : QGuiApplication::screens()) {
+        if (screen->devicePixelRatio() == scale)
+            return screen;
+    }
+    return nullptr;
+}
+
+/// As the system reports a window that was dragged there: it keeps its size in its own pixels.
+void moveTo(QWidget& window, double scale)
+{
+    QWindow* handle = window.windowHandle();
+    const QSize size = window.size();
+    QWindowSystemInterface::handleWindowScreenChanged<QWindowSystemInterface::SynchronousDelivery>(
+        handle, monitor(scale));
+    handle->setGeometry(QRect(monitor(scale)->geometry().topLeft() + QPoint(50, 50), size));
+    QTest::qWait(30);
+}
+
+/// What is not as it should be on a monitor of this scale.
+QString wrongAt(double scale, QWidget& window)
+{
+    if (window.devicePixelRatio() != scale)
+        return QStringLiteral("painted for %1").arg(window.devicePixelRatio());
+    const QImage screen = ScreenPicture::of(window);
+    const QSize pixels(int(window.width() * scale), int(window.height() * scale));
+    if (screen.size() != pixels)
+        return QStringLiteral("%1 x %2 pixels").arg(screen.width()).arg(screen.height());
+    return ScreenPicture::difference(screen, ScreenPicture::paintedAnew(window));
+}
+
+} // namespace
+
+void WindowMonitorTest::initTestCase()
+{
+    for (const double scale : {1.0, 1.25, 1.5, 2.0})
+        QVERIFY(monitor(scale) != nullptr);
+    QCOMPARE(QGuiApplication::primaryScreen(), monitor(1.0));
+}
+
+void WindowMonitorTest::init()
+{
+    begin();
+}
+
+void WindowMonitorTest::showPanel(std::uint32_t productId)
+{
+    simulated.control().plug(productId);
+    window->detectDevice();
+    for (QTimer* timer : window->findChildren<QTimer*>())
+        timer->stop();
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QTRY_COMPARE(wrongAt(1.0, *window), QString());
+}
+
+void WindowMonitorTest::panel_data()
+{
+    QTest::addColumn<std::uint32_t>("productId");
+    QTest::newRow("ka1") << SimulatorControl::ka1;
+    QTest::newRow("ka2") << SimulatorControl::ka2;
+    QTest::newRow("ks") << SimulatorControl::ks;
+}
+
+void WindowMonitorTest::panel()
+{
+    QFETCH(const std::uint32_t, productId);
+    showPanel(productId);
+    const QSize size = window->size();
+    for (const double scale : {1.5, 1.0, 2.0, 1.25, 1.5, 1.0}) {
+        moveTo(*window, scale);
+        QCOMPARE(wrongAt(scale, *window), QString());
+        QCOMPARE(window->size(), size);
+        for (Knob* knob : window->findChildren<Knob*>())
+            knob->setValue(knob->value == knob->maximum ? knob->minimum : knob->value + 1);
+        for (Button* button : window->findChildren<Button*>())
+            button->setOn(!button->on);
+        QTRY_COMPARE(wrongAt(scale, *window), QString());
+    }
+}
+
+void WindowMonitorTest::openEditor()
+{
+    showPanel(SimulatorControl::ka1);
+    Knob* knob = window->findChild<Knob*>("Dial/MicValue");
+    QTest::mouseDClick(knob, Qt::LeftButton, {}, knob->textRect.center());
+    QTest::keyClicks(knob->editor, QStringLiteral("12"));
+    moveTo(*window, 1.5);
+    QVERIFY(knob->editor->isVisible());
+    QTest::keyClick(knob->editor, Qt::Key_Return);
+    QCOMPARE(knob->value, 12);
+    QTRY_COMPARE(wrongAt(1.5, *window), QString());
+}
+
+void WindowMonitorTest::dialog()
+{
+    simulated.control().plug(SimulatorControl::ka1);
+    QVERIFY(settings->connectDevice());
+    settings->show();
+    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    const QSize size = settings->size();
+    for (const double scale : {2.0, 1.25, 1.0, 1.5}) {
+        moveTo(*settings, scale);
+        QCOMPARE(wrongAt(scale, *settings), QString());
+        QCOMPARE(settings->size(), size);
+    }
+}
+
+/// The tray brings the window back on another monitor than it was hidden on.
+void WindowMonitorTest::hiddenWhileTheMonitorIsTakenAway()
+{
+    showPanel(SimulatorControl::ka2);
+    moveTo(*window, 2.0);
+    window->hide();
+    moveTo(*window, 1.25);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QTRY_COMPARE(wrongAt(1.25, *window), QString());
+}
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" QUORVEL_MONITORS);
+    return runTest(argc, argv, []() -> std::unique_ptr<QObject> {
+        return std::make_unique<WindowMonitorTest>();
+    });
+}
+
+#include "window_monitor_test.moc"
