@@ -295,7 +295,7 @@ void ContrastTest::dialog()
     }
     // Fusion paints light from above on it, and some of the colour that marks things; Windows' own
     // styles paint it as it is.
-    const double least = styleName() == QLatin1String("fusion") ? 2.5 : 4.2;
+    const double least = styleName() == QLatin1String("fusion") ? 2.4 : 4.2;
     const double ok = ofButton(picture, *settings->findChild<QPushButton*>());
     QVERIFY2(ok >= least, qPrintable(QString::number(ok)));
     for (const QComboBox* combo : settings->findChildren<QComboBox*>()) {
