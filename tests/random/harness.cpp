@@ -13,10 +13,10 @@ namespace {
 
 volatile unsigned long long presentSeed = 0;
 
-/// The last word of a program that died: which seed it died of.
+/// The last word of a program that died: which seed or case of a matrix it died of.
 extern "C" void tellSeed(int signal)
 {
-    std::printf("crashed in seed %llu\n", presentSeed);
+    std::printf("crashed in seed or case %llu\n", presentSeed);
     std::fflush(stdout);
     std::signal(signal, SIG_DFL);
     std::raise(signal);

@@ -28,6 +28,7 @@ int runCases(const std::vector<MatrixCase>& cases, std::size_t every)
     Coverage coverage;
     int failures = 0;
     for (std::size_t i = 0; i < cases.size(); i += every) {
+        noteSeed(i);
         const std::string report = failure(cases[i], coverage);
         if (report.empty())
             continue;
