@@ -187,12 +187,7 @@ void ContrastTest::addDesktops()
 
 void ContrastTest::showPanel(std::uint32_t productId)
 {
-    simulated.control().plug(productId);
-    window->detectDevice();
-    for (QTimer* timer : window->findChildren<QTimer*>())
-        timer->stop();
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(WindowStage::showPanel(productId));
     // Where a knob's text is, it knows when it has painted it.
     window->grab();
 }

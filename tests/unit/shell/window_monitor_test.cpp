@@ -8,7 +8,6 @@
 #include <QLineEdit>
 #include <QScreen>
 #include <QTest>
-#include <QTimer>
 #include <QWindow>
 #include <qpa/qwindowsysteminterface.h>
 
@@ -81,12 +80,7 @@ void WindowMonitorTest::init()
 
 void WindowMonitorTest::showPanel(std::uint32_t productId)
 {
-    simulated.control().plug(productId);
-    window->detectDevice();
-    for (QTimer* timer : window->findChildren<QTimer*>())
-        timer->stop();
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(WindowStage::showPanel(productId));
     QTRY_COMPARE(wrongAt(1.0, *window), QString());
 }
 

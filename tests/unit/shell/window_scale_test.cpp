@@ -95,11 +95,7 @@ void WindowScaleTest::stopClocks(QWidget& widget)
 void WindowScaleTest::showPanel()
 {
     QFETCH(const std::uint32_t, productId);
-    simulated.control().plug(productId);
-    window->detectDevice();
-    stopClocks(*window);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(WindowStage::showPanel(productId));
     QTest::qWait(50);
     QCOMPARE(leftOver(*window), QString());
 }

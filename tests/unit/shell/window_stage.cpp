@@ -1,5 +1,8 @@
 #include "window_stage.h"
 
+#include <QTest>
+#include <QTimer>
+
 void WindowStage::begin()
 {
     window.reset();
@@ -10,4 +13,14 @@ void WindowStage::begin()
     settings = std::make_unique<Settings>();
     window = std::make_unique<MainWindow>();
     window->settings = settings.get();
+}
+
+bool WindowStage::showPanel(std::uint32_t productId)
+{
+    simulated.control().plug(productId);
+    window->detectDevice();
+    for (QTimer* timer : window->findChildren<QTimer*>())
+        timer->stop();
+    window->show();
+    return QTest::qWaitForWindowExposed(window.get());
 }

@@ -16,6 +16,9 @@ struct WindowStage
     /// A new window that nobody has seen yet; nothing is plugged in.
     void begin();
 
+    /// Plugs the model in and waits until its panel is on the screen, which then stands still.
+    bool showPanel(std::uint32_t productId);
+
     SimulatedInterface simulated;
     StreamCapture<wchar_t> output{std::wcout};
     StreamCapture<char> errors{std::cerr};
