@@ -49,8 +49,11 @@ std::vector<LRESULT> tellAll(const std::vector<HWND>& windows, UINT message, WPA
         calls.push_back(std::async(std::launch::async, [=] {
             constexpr UINT patience = 15000; // ms
             DWORD_PTR answer = FALSE;
-            SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, patience, &answer);
-            return static_cast<LRESULT>(answer);
+            const LRESULT sent =
+                SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL, patience, &answer);
+            // A list or a menu that has gone since it was found refuses nothing.
+            const bool gone = sent == 0 && IsWindow(window) == FALSE;
+            return gone ? LRESULT{TRUE} : static_cast<LRESULT>(answer);
         }));
     }
     std::vector<LRESULT> answers;
