@@ -13,6 +13,14 @@ namespace {
 
 constexpr int meterInterval = 500;
 
+/// The mean of the phone's two channels. The sum wraps as 32-bit arithmetic does.
+double phoneLevelDb(std::int32_t left, std::int32_t right)
+{
+    const auto sum = static_cast<std::int32_t>(static_cast<std::uint32_t>(left) +
+                                               static_cast<std::uint32_t>(right));
+    return sampleToDb(sum / 2);
+}
+
 } // namespace
 
 LevelOf inputLevel(std::size_t input)

@@ -15,7 +15,7 @@ using LevelOf = std::function<double(const MeterBlock& levels)>;
 
 /// The level of an input, by its number from 0 on.
 LevelOf inputLevel(std::size_t input);
-/// The level of the phone input.
+/// The level of the phone input: the mean of its two channels.
 LevelOf phoneLevel();
 
 /// The read-outs of a panel, brought up to date every 500 ms.

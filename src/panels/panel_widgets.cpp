@@ -3,7 +3,6 @@
 #include "controls/button.h"
 #include "controls/knob.h"
 #include "controls/read_out.h"
-#include "driver/gain.h"
 
 #include <QBoxLayout>
 #include <QFrame>
@@ -142,11 +141,4 @@ QFrame* PanelWidgets::separator(QWidget* parent)
     line->setFixedWidth(1);
     line->setStyleSheet(QStringLiteral("background-color: #555555;"));
     return line;
-}
-
-double phoneLevelDb(std::int32_t left, std::int32_t right)
-{
-    const auto sum = static_cast<std::int32_t>(static_cast<std::uint32_t>(left) +
-                                               static_cast<std::uint32_t>(right));
-    return sampleToDb(sum / 2);
 }

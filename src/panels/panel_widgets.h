@@ -2,8 +2,6 @@
 
 #include <QString>
 
-#include <cstdint>
-
 class Button;
 class Knob;
 class QBoxLayout;
@@ -45,6 +43,7 @@ Button* outputButton(const QString& text, int styleInt);
 
 /// The layout of a whole panel, without margins; it becomes the panel's own.
 QBoxLayout* rootLayout(QWidget* panel);
+
 /// Lets Tab go through the layout's controls as they are read: strip by strip, from top to bottom.
 void tabInReadingOrder(QLayout* layout);
 
@@ -52,7 +51,3 @@ void tabInReadingOrder(QLayout* layout);
 QFrame* separator(QWidget* parent);
 
 } // namespace PanelWidgets
-
-/// Level of the phone input in dB full scale: the mean of its two channels' samples. The sum wraps
-/// as 32-bit arithmetic does.
-double phoneLevelDb(std::int32_t left, std::int32_t right);

@@ -9,7 +9,6 @@
 #include <QGraphicsEffect>
 #include <QLineEdit>
 #include <QTest>
-#include <QTimer>
 
 /// Both windows at the scale that the environment asks for: what was painted piece by piece must
 /// be what painting all of it gives, and nothing may be blurred.
@@ -35,7 +34,6 @@ private slots:
 private:
     static void addModels();
     void showPanel();
-    static void stopClocks(QWidget& widget);
 };
 
 namespace {
@@ -84,12 +82,6 @@ void WindowScaleTest::addModels()
     QTest::newRow("ka1") << SimulatorControl::ka1;
     QTest::newRow("ka2") << SimulatorControl::ka2;
     QTest::newRow("ks") << SimulatorControl::ks;
-}
-
-void WindowScaleTest::stopClocks(QWidget& widget)
-{
-    for (QTimer* timer : widget.findChildren<QTimer*>())
-        timer->stop();
 }
 
 void WindowScaleTest::showPanel()

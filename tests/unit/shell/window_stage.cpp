@@ -19,8 +19,13 @@ bool WindowStage::showPanel(std::uint32_t productId)
 {
     simulated.control().plug(productId);
     window->detectDevice();
-    for (QTimer* timer : window->findChildren<QTimer*>())
-        timer->stop();
+    stopClocks(*window);
     window->show();
     return QTest::qWaitForWindowExposed(window.get());
+}
+
+void WindowStage::stopClocks(QWidget& widget)
+{
+    for (QTimer* timer : widget.findChildren<QTimer*>())
+        timer->stop();
 }
