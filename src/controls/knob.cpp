@@ -79,7 +79,13 @@ QString Knob::shownText(int v) const
 
 void Knob::setShownValue(int shown)
 {
-    change(qint64(shown) - displayOffset);
+    qint64 target = qint64(shown) - displayOffset;
+    // Beside the zero may be a gap, which a step of one must get across.
+    if (shown > shownValue(value))
+        target = std::max<qint64>(target, qint64(value) + 1);
+    else if (shown < shownValue(value))
+        target = std::min<qint64>(target, qint64(value) - 1);
+    change(target);
 }
 
 void Knob::setShadow(bool enable, double factor)
@@ -127,26 +133,28 @@ void Knob::mouseMoveEvent(QMouseEvent* event)
     if (!event->buttons().testFlag(Qt::LeftButton))
         return;
     const QPoint now = pixelPosition(*event);
-    if (lastPos.y > now.y() && value < maximum)
-        ++value;
-    else if (lastPos.y < now.y() && value > minimum)
-        --value;
-    if (lastPos.x < now.x() && value < maximum)
-        ++value;
-    else if (lastPos.x > now.x() && value > minimum)
-        --value;
+    int next = value;
+    if (lastPos.y > now.y() && next < maximum)
+        ++next;
+    else if (lastPos.y < now.y() && next > minimum)
+        --next;
+    if (lastPos.x < now.x() && next < maximum)
+        ++next;
+    else if (lastPos.x > now.x() && next > minimum)
+        --next;
     lastPos = {now.y(), now.x()};
-    change(value);
+    change(next);
 }
 
 void Knob::wheelEvent(QWheelEvent* event)
 {
     const bool up = event->angleDelta().y() > 0;
-    if (up && value < maximum)
-        ++value;
-    else if (!up && value > minimum)
-        --value;
-    change(value);
+    int next = value;
+    if (up && next < maximum)
+        ++next;
+    else if (!up && next > minimum)
+        --next;
+    change(next);
     event->accept();
 }
 

@@ -52,7 +52,7 @@ public:
     qint64 shownValue(int v) const;
     /// The same with its unit, as printed.
     QString shownText(int v) const;
-    /// As if that number had been typed.
+    /// As if that number had been typed, but at least one step towards it.
     void setShownValue(int shown);
 
     int value = -80;

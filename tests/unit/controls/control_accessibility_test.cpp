@@ -5,13 +5,28 @@
 #include "support/test_main.h"
 
 #include <QAccessible>
+#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 #include <private/qguiapplication_p.h>
 #include <qpa/qplatformaccessibility.h>
 #include <qpa/qplatformintegration.h>
 
 namespace {
+
+/// Reads 0 at 0 and 10 at 1, as the gains of the KA2.
+class OffsetKnob : public Knob
+{
+public:
+    OffsetKnob()
+    {
+        minimum = 0;
+        maximum = 56;
+        displayOffset = 9;
+        value = 0;
+    }
+};
 
 /// What the toolkit has told assistive programs.
 QStringList told;
@@ -52,7 +67,9 @@ private slots:
     void knob();
     void knobWithAnOffset();
     void knobIsSet();
+    void stepsGetAcrossTheGapBesideZero();
     void knobTellsChanges();
+    void knobTellsWhatTheMouseDoes();
     void button();
     void buttonIsPressed_data();
     void buttonIsPressed();
@@ -88,11 +105,7 @@ void ControlAccessibilityTest::knob()
 
 void ControlAccessibilityTest::knobWithAnOffset()
 {
-    Knob knob;
-    knob.minimum = 0;
-    knob.maximum = 56;
-    knob.displayOffset = 9;
-    knob.value = 0;
+    OffsetKnob knob;
     QAccessibleInterface& face = interfaceOf(knob);
     QCOMPARE(face.text(QAccessible::Value), QString("0dB"));
     QCOMPARE(face.valueInterface()->minimumValue().toInt(), 0);
@@ -104,10 +117,7 @@ void ControlAccessibilityTest::knobWithAnOffset()
 
 void ControlAccessibilityTest::knobIsSet()
 {
-    Knob knob;
-    knob.minimum = 0;
-    knob.maximum = 56;
-    knob.displayOffset = 9;
+    OffsetKnob knob;
     knob.value = 3;
     const QSignalSpy spy(&knob, &Knob::valueChangedSig);
     auto* const value = interfaceOf(knob).valueInterface();
@@ -120,6 +130,20 @@ void ControlAccessibilityTest::knobIsSet()
     QCOMPARE(spy.count(), 3);
 }
 
+/// Who steps by one from what is read must get on, in both directions: 0 is followed by 10.
+void ControlAccessibilityTest::stepsGetAcrossTheGapBesideZero()
+{
+    OffsetKnob knob;
+    auto* const value = interfaceOf(knob).valueInterface();
+    value->setCurrentValue(1);
+    QCOMPARE(knob.value, 1);
+    QCOMPARE(value->currentValue().toInt(), 10);
+    value->setCurrentValue(9);
+    QCOMPARE(knob.value, 0);
+    value->setCurrentValue(0);
+    QCOMPARE(knob.value, 0);
+}
+
 void ControlAccessibilityTest::knobTellsChanges()
 {
     Knob knob;
@@ -130,6 +154,27 @@ void ControlAccessibilityTest::knobTellsChanges()
     QCOMPARE(told, QStringList{});
     knob.setValue(-20);
     QCOMPARE(told, QStringList{"Gain value -11"});
+}
+
+void ControlAccessibilityTest::knobTellsWhatTheMouseDoes()
+{
+    Knob knob;
+    knob.setAccessibleName("Gain");
+    told.clear();
+    const auto wheel = [&knob](int delta) {
+        QWheelEvent event({}, {}, {}, {0, delta}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QCoreApplication::sendEvent(&knob, &event);
+    };
+    wheel(-120);
+    QCOMPARE(told, QStringList{});
+    wheel(120);
+    QCOMPARE(told, QStringList{"Gain value -79"});
+    told.clear();
+    QMouseEvent drag(QEvent::MouseMove, QPointF(1, 0), QPointF(1, 0), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(&knob, &drag);
+    QCOMPARE(told, QStringList{"Gain value -78"});
 }
 
 void ControlAccessibilityTest::button()
