@@ -17,8 +17,19 @@ void clearLayout(World& world)
     world.time.stop(Timer::readOuts);
 }
 
+/// Attempts go on all day, so the oldest goes when there are too many.
+void keep(Window& window, const Device& device)
+{
+    constexpr std::size_t most = 256;
+    if (window.kept.size() == most)
+        window.kept.pop_front();
+    window.kept.push_back(device);
+}
+
 void watch(World& world)
 {
+    if (world.window.meterDevice)
+        keep(world.window, *world.window.meterDevice);
     world.window.meterDevice = Device();
     Driver::open(world, *world.window.meterDevice);
     world.time.start(Timer::productId, 400);
@@ -55,6 +66,7 @@ void showModel(World& world, Model model, const Device& local)
     if (!Driver::readFirmware(world, local, version)) {
         world.debug("Failed to get firmware version.");
         world.window.labels = {"获取固件版本失败，请检查连接！"};
+        keep(world.window, local);
         return;
     }
     world.window.title = titleOf(model, version);
@@ -89,11 +101,13 @@ void detectDevice(World& world)
     if (!modelOf(window.productId, model)) {
         world.debug(Text::line("Unknown device PID:", number));
         window.labels = {"未知设备，请检查连接！"};
+        keep(window, local);
         return;
     }
     if (!Settings::connectDevice(world)) {
         world.debug("Failed to connect to driver in settings window.");
         watch(world);
+        keep(window, local);
         return;
     }
     showModel(world, model, local);

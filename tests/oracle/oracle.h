@@ -12,6 +12,9 @@ void step(World& world, const Action& action);
 /// Everything on the screen, one thing a line.
 std::vector<std::string> screen(const World& world);
 
+/// The handles on the interface that the program holds, in the order of opening, one a line.
+std::vector<std::string> handles(const World& world);
+
 /// True when nothing waits to be saved and the files hold what the panel and the dialog show.
 bool filesEqualControls(const World& world);
 

@@ -3,6 +3,7 @@
 #include "oracle/settings.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Oracle {
 
@@ -49,6 +50,26 @@ std::vector<std::string> screen(const World& world)
     for (const Combo& combo : dialog.combos)
         lines.push_back("combo " + combo.text());
     lines.push_back("usb " + dialog.usbLine);
+    return lines;
+}
+
+std::vector<std::string> handles(const World& world)
+{
+    std::set<int> open;
+    const auto add = [&open](const Device& device) {
+        if (device.isOpen())
+            open.insert(device.handle);
+    };
+    if (world.panel)
+        add(world.panel->device);
+    if (world.dialog.device)
+        add(*world.dialog.device);
+    if (world.window.meterDevice)
+        add(*world.window.meterDevice);
+    std::ranges::for_each(world.window.kept, add);
+    std::vector<std::string> lines;
+    for (const int handle : open)
+        lines.push_back(std::to_string(handle));
     return lines;
 }
 

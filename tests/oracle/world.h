@@ -5,6 +5,7 @@
 #include "oracle/troubles.h"
 
 #include <array>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -105,6 +106,7 @@ struct Window
     std::uint32_t productId = 0;
     std::uint32_t errorCount = 0;
     std::optional<Device> meterDevice;
+    std::deque<Device> kept; ///< of attempts that led to nothing; no longer used, but not closed
 };
 
 /// An INI file as the program keeps it.

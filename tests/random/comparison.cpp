@@ -45,10 +45,19 @@ Lines actualEvents()
     return events;
 }
 
+Lines actualHandles()
+{
+    Lines handles;
+    for (const int handle : VirtualPlatform::openHandles())
+        handles.push_back(std::to_string(handle));
+    return handles;
+}
+
 std::string differences(const Oracle::World& world, const Program& program)
 {
     return difference("events", world.events, actualEvents()) +
            difference("lines of the thread", world.threadLines, Record::takeThreadLines()) +
+           difference("open handles", Oracle::handles(world), actualHandles()) +
            difference("screen", Oracle::screen(world), program.screen()) +
            difference("files", Oracle::storage(world), Program::storage());
 }

@@ -177,8 +177,8 @@ void Program::quit()
     settings.reset();
     instance.reset();
     forgetFiles();
-    if (VirtualPlatform::openHandles() != 0)
-        Record::add("left handles open: " + std::to_string(VirtualPlatform::openHandles()));
+    if (!VirtualPlatform::openHandles().empty())
+        Record::add("left handles open: " + std::to_string(VirtualPlatform::openHandles().size()));
     Record::takeThreadLines(); // How the thread's wait ends is its own business.
 }
 

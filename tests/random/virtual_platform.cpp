@@ -111,9 +111,9 @@ bool VirtualPlatform::pipeIsServed()
     return inbound.waitUntilListening();
 }
 
-std::size_t VirtualPlatform::openHandles()
+const std::set<int>& VirtualPlatform::openHandles()
 {
-    return openDevices.size();
+    return openDevices;
 }
 
 void VirtualPlatform::reset()

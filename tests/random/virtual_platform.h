@@ -2,6 +2,7 @@
 
 #include "oracle/interface.h"
 
+#include <set>
 #include <string>
 
 /// The operating system's side of the program, inside the test: the interface's driver, the two
@@ -23,8 +24,8 @@ bool connectAndVanish();
 /// Returns when the program waits for a client. False when it does not within seconds.
 bool pipeIsServed();
 
-/// How many device handles are open.
-std::size_t openHandles();
+/// The device handles that are open, counted from 1 in the order of opening.
+const std::set<int>& openHandles();
 
 /// A new system: nothing plugged, nothing open, nobody at the pipes.
 void reset();
