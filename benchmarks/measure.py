@@ -47,6 +47,9 @@ def add_memory(table):
         table.add(f"{name}, hidden, MiB", ours, "leanest peer", leanest(found, column), 0.5)
         table.add(f"{name}, shown, MiB", shown["program"][column], "bare", shown["bare"][column],
                   1.3)
+    for name, rows, limit in (("hidden", found, "bare-controls"), ("shown", shown, "bare")):
+        table.add(f"private memory written to, {name}, MiB", rows["program"][2], "bare",
+                  rows[limit][2])
 
 
 def add_idle(table):

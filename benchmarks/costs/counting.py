@@ -32,15 +32,20 @@ def calls_of(session, command):
     return counts
 
 
+def once(program, kind, steps, count):
+    """In a folder of its own: what an earlier run has saved would be restored, and counted too."""
+    with Session(ka2=True) as session:
+        return count(session, [tool(program), kind, str(steps)])
+
+
 def per_step(program, kinds, count):
     """What `count` tells of each kind of step, as (with steps, without). The steps of
     benchmark-step differ in nothing else, so that one run without any serves for all."""
     without = None
     for kind in kinds:
-        with Session(ka2=True) as session:
-            if without is None or program != "benchmark-step":
-                without = count(session, [tool(program), kind, "0"])
-            yield kind, count(session, [tool(program), kind, str(STEPS)]), without
+        if without is None or program != "benchmark-step":
+            without = once(program, kind, 0, count)
+        yield kind, once(program, kind, STEPS, count), without
 
 
 def instructions(program, kinds):

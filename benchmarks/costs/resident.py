@@ -60,24 +60,25 @@ def idle(seconds, rounds):
 
 
 def medians(rows):
-    return {name: tuple(median(column) for column in zip(*values)) if values else (None, None)
+    return {name: tuple(median(column) for column in zip(*values)) if values else (None, None, None)
             for name, values in rows.items()}
 
 
 def shown(rounds):
-    """Memory with the window on the screen."""
-    rows = {"program": [], "bare": []}
+    """Memory with the window on the screen, likewise one program at a time."""
+    commands = {"program": [PROGRAM], "bare": [BARE, "--controls", "--shown"]}
+    rows = {name: [] for name in commands}
     for _ in range(rounds):
-        with Session(ka2=True) as session:
-            with session.program([PROGRAM]) as program:
+        for name, command in commands.items():
+            with Session(ka2=True) as session, session.program(command) as process:
                 time.sleep(SETTLING / 2)
-                icon_click("1")
-                with session.program([BARE, "--controls", "--shown"]) as bare:
-                    time.sleep(SETTLING / 2)
-                    subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Quorvel KA2"],
-                                   check=True, stdout=subprocess.DEVNULL)
-                    rows["program"].append(memory(program.pid))
-                    rows["bare"].append(memory(bare.pid))
+                if name == "program":
+                    icon_click("1")
+                    subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name",
+                                    "^Quorvel KA2"], check=True, timeout=20,
+                                   stdout=subprocess.DEVNULL)
+                time.sleep(SETTLING / 2)
+                rows[name].append(memory(process.pid))
     return medians(rows)
 
 

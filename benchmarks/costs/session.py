@@ -81,7 +81,7 @@ class Session:
 
 
 def memory(pid):
-    """PSS and private memory in MiB."""
+    """PSS, private memory and what of it was written to, in MiB."""
     sizes = {}
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
         for line in file:
@@ -89,7 +89,7 @@ def memory(pid):
             if len(words) == 3 and words[2] == "kB":
                 sizes[words[0]] = int(words[1])
     private = sizes["Private_Clean:"] + sizes["Private_Dirty:"]
-    return sizes["Pss:"] / 1024, private / 1024
+    return sizes["Pss:"] / 1024, private / 1024, sizes["Private_Dirty:"] / 1024
 
 
 def activity(pid):

@@ -38,7 +38,7 @@ void report(const char* what, long long before)
 {
     const long long grown = heap() - before;
     Record::end();
-    std::printf("%s %lld %zu\n", what, grown, VirtualPlatform::openHandles());
+    std::printf("%s %lld %zu\n", what, grown, VirtualPlatform::openHandles().size());
     std::fflush(stdout);
     Record::begin();
 }
