@@ -8,6 +8,22 @@ namespace {
 /// A window that comes up late takes a menu away; a user opens it once more.
 constexpr int tries = 3;
 constexpr auto patienceWithOne = std::chrono::seconds(15);
+/// Of the picture above the icon. The menu hides more of it, and the icon's tool tip, which comes
+/// and goes as it likes, less.
+constexpr double shareOfMenu = 0.35;
+
+/// How much of the two pictures differs, from 0 to 1.
+double difference(const QImage& one, const QImage& other)
+{
+    if (one.size() != other.size() || one.isNull())
+        return 1;
+    int different = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x)
+            different += one.pixel(x, y) != other.pixel(x, y) ? 1 : 0;
+    }
+    return double(different) / (one.width() * one.height());
+}
 
 } // namespace
 
@@ -33,7 +49,7 @@ bool TrayMenu::waitUntilOpen() const
         [this] {
             const QImage now = pictureAbove();
             QThread::msleep(150);
-            return now != closedPicture && now == pictureAbove();
+            return shows(now) && now == pictureAbove();
         },
         patienceWithOne);
 }
@@ -44,8 +60,7 @@ bool TrayMenu::choose(TrayEntry entry)
         if (!Desktop::key(QStringLiteral("Up")))
             return false;
     }
-    const bool stillOpen = pictureAbove() != closedPicture;
-    return stillOpen && Desktop::key(QStringLiteral("Return")) && waitUntilClosed();
+    return shows(pictureAbove()) && Desktop::key(QStringLiteral("Return")) && waitUntilClosed();
 }
 
 bool TrayMenu::close()
@@ -59,9 +74,14 @@ QImage TrayMenu::pictureAbove() const
     return Desktop::picture(QRect(icon.center().x() - 50, icon.top() - 110, 100, 100));
 }
 
+bool TrayMenu::shows(const QImage& now) const
+{
+    return difference(now, closedPicture) > shareOfMenu;
+}
+
 bool TrayMenu::waitUntilClosed() const
 {
-    return waitUntil([this] { return pictureAbove() == closedPicture; });
+    return waitUntil([this] { return !shows(pictureAbove()); });
 }
 
 bool chooseFromTrayMenu(TrayEntry entry)

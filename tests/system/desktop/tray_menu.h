@@ -35,6 +35,8 @@ public:
 
 private:
     QImage pictureAbove() const;
+    /// Whether the menu is in the picture.
+    bool shows(const QImage& now) const;
     bool waitUntilOpen() const;
     bool waitUntilClosed() const;
 

@@ -7,6 +7,8 @@
 #include "system/desktop/tray_menu.h"
 #include "system/desktop/wait_until.h"
 
+#include <cstdio>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -198,7 +200,7 @@ bool RandomUser::closeEverything()
     // Wine leave the button of the frame.
     const auto put = [](const QString& title) {
         int looks = 0;
-        return waitUntil(
+        const bool gone = waitUntil(
             [&] {
                 const auto window = Desktop::window(title);
                 if (!window)
@@ -211,6 +213,9 @@ bool RandomUser::closeEverything()
                 return waitUntil([&] { return Desktop::hasNoWindow(title); }, 500ms);
             },
             patience);
+        if (!gone)
+            std::printf("a window stays: %s\n", qPrintable(title));
+        return gone;
     };
     panel.reset();
     dialog.reset();

@@ -28,11 +28,13 @@ private:
         ProcessFigures process;
         int connections = 0;      ///< open at the interface
         qint64 wakeUpsInSpan = 0; ///< which its timers cause
+        qint64 requestsInSpan = 0;
     };
 
     bool start();
     bool goOn();
     bool rest();
+    std::optional<qint64> requests() const; ///< since the interface is there
     std::optional<Holdings> measured() const;
     QString flawOf(const Holdings& now) const;
     bool settles(Holdings& holdings);

@@ -162,7 +162,7 @@ void SystemPackage::installsAndUninstallsSilently()
     QVERIFY(QFile::exists(settings));
     QVERIFY(uninstall());
     // It goes after the folder, by which the end is told.
-    QTRY_VERIFY_WITH_TIMEOUT(shortcuts().isEmpty(), 10000);
+    QVERIFY(waitUntil([&] { return shortcuts().isEmpty(); }));
     QVERIFY(QFile::exists(settings));
 }
 

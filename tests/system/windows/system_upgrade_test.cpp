@@ -104,7 +104,7 @@ void SystemUpgrade::upgradeInEveryState()
     // It is left as it was found: running.
     QVERIFY(
         waitUntil([] { return !Desktop::trayIcons().value_or(QList<QRect>()).isEmpty(); }, 30s));
-    QTRY_VERIFY_WITH_TIMEOUT(simulator().openHandles().value_or(0) > 0, 15000);
+    QVERIFY(waitUntil([&] { return simulator().openHandles().value_or(0) > 0; }));
 }
 
 void SystemUpgrade::removalInEveryState()
