@@ -3,6 +3,7 @@
 
 Links are those of Markdown, with their anchors; paths are what stands in backticks and begins with
 a folder or a command of this project. Names with a placeholder or a wildcard must match something.
+Commands are run by .ci/run or scripts/checks/commands, or stand below with the reason why not.
 """
 
 import pathlib
@@ -15,6 +16,32 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 MADE = ("build/", "dist/")
 LINK = re.compile(r"\[[^\]]*\]\(([^)\s]+)\)")
 NAMED = re.compile(r"`([^`\n]+)`")
+BLOCK = re.compile(r"^ *```\n(.*?)^ *```$", re.MULTILINE | re.DOTALL)
+STEP = re.compile(r'^    "(?:beside )?(.*)"$', re.MULTILINE)
+# Those that ctest or another check runs with what they need around them.
+RUN_ELSEWHERE = {
+    "./run MODEL": "scripts/checks/demonstration",
+    "./test NAME": "scripts/checks/commands, with another name",
+    "./test --windows NAME": "./test --windows, all of them",
+    "scripts/make-pictures": "scripts/checks/demonstration",
+    "scripts/contain COMMAND": "every command",
+    "scripts/with-display COMMAND": "every system test",
+    ".ci/run": "itself",
+    "ASAN_OPTIONS=detect_leaks=0 build/fuzz/bin/TARGET_fuzz FILE": "./test --fuzz",
+    "scripts/windows/collect-program": "./package",
+    "scripts/windows/qt-for-windows-recipe": "./package",
+    "scripts/windows/run-in-free-windows": "./test --windows",
+    "scripts/windows/run-in-fresh-windows": "./test --windows",
+}
+BY_HAND = {
+    "./test --coverage": "as long as ./test, and builds all anew",
+    "QUORVEL_TEST_ROUNDS=100 ./test --windows system_kill": "a test of ./test --windows, for longer",
+    "./test --soak MINUTES --windows": "its minute is in no relation to its preparations",
+    "./benchmark": "ten minutes on a machine that does nothing else",
+    "./benchmark --keep": "renews what ./benchmark --short compares with",
+    "./benchmark --windows": "four minutes on a machine that does nothing else",
+    "QUORVEL_SIGN=/path/to/sign-it ./package": "needs the publisher's program",
+}
 
 
 def documents():
@@ -45,6 +72,46 @@ def leads_somewhere(text):
     return any(ROOT.glob(pattern))
 
 
+def commands(document):
+    """What a document tells to type, without comments; on Windows nothing of this is there."""
+    text = document.read_text()
+    lines = "".join(BLOCK.findall(text)).splitlines() + NAMED.findall(BLOCK.sub("", text))
+    for line in lines if document.name != "building-on-windows.md" else ():
+        line = re.sub(r"\s+#.*", "", line).strip()
+        words = [word for word in line.split() if not re.match(r"[A-Z_]+=", word)]
+        if words and (words[0] in ("cmake", "ctest") and len(words) > 1 or is_command(words[0])):
+            yield line
+
+
+def is_command(word):
+    if word.startswith("build/"):
+        return "/bin/" in word
+    path = ROOT / word
+    return is_path(word) and path.is_file() and path.stat().st_mode & 0o111
+
+
+def shape(line):
+    """Its words; what stands in brackets may be missing."""
+    return re.sub(r" \[[^\]]*\]", "", line).split()
+
+
+def is_open(word):
+    """A number, or a placeholder such as NAME or FILE..."""
+    return re.fullmatch(r"[A-Z]+(\.\.\.)?|\d+(\.\d+)?", word) is not None
+
+
+def same(word, other):
+    name, _, value = word.rpartition("=")
+    other_name, _, other_value = other.rpartition("=")
+    return word == other or name == other_name and (is_open(value) or is_open(other_value))
+
+
+def is_run_by(line, step):
+    """More may follow in what is run."""
+    words, others = shape(line), shape(step)
+    return len(words) <= len(others) and all(map(same, words, others))
+
+
 class DocumentsTest(unittest.TestCase):
     def test_there_are_documents(self):
         self.assertGreaterEqual(len(documents()), 8)
@@ -71,13 +138,22 @@ class DocumentsTest(unittest.TestCase):
 
     def test_commands(self):
         for document in documents():
-            blocks = re.findall(r"^ *```\n(.*?)^ *```$", document.read_text(),
-                                re.MULTILINE | re.DOTALL)
-            for line in "".join(blocks).splitlines():
+            for line in "".join(BLOCK.findall(document.read_text())).splitlines():
                 words = [word for word in line.split() if "=" not in word]
                 if words and is_path(words[0]) and not words[0].startswith(MADE):
                     with self.subTest(document=document.name, command=words[0]):
                         self.assertTrue((ROOT / words[0]).is_file(), "is not there")
+
+    def test_commands_are_run(self):
+        known = [step for script in (".ci/run", "scripts/checks/commands")
+                 for step in STEP.findall((ROOT / script).read_text())]
+        self.assertGreater(len(known), 20)
+        known += [*RUN_ELSEWHERE, *BY_HAND]
+        for document in documents():
+            for line in commands(document):
+                with self.subTest(document=document.name, command=line):
+                    self.assertTrue(any(is_run_by(line, step) for step in known),
+                                    "nothing runs it")
 
 
 if __name__ == "__main__":
