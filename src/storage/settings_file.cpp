@@ -1,6 +1,7 @@
 #include "storage/settings_file.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDebug>
 #include <QDir>
 #include <QEvent>
@@ -17,6 +18,8 @@ namespace {
 
 constexpr int lockedInterval = 250;        // ms: whoever holds a lock saves within a moment
 constexpr int unwritableInterval = 1000;   // ms
+constexpr int longestSave = 3000;          // ms between a lock and what is written under it
+constexpr int letterCount = 6;             // of a temporary file's name
 constexpr qint64 spareRoom = 8192;         // bytes, more than a panel's values ever take
 constexpr std::uintmax_t plenty = 1 << 20; // bytes free, with which nobody need try
 
@@ -31,20 +34,23 @@ bool isCapital(QChar letter)
 }
 
 /// A file is saved beside itself under six random letters first, and a process that is killed
-/// leaves that. A small letter before a capital one tells such a name from a user's ".backup".
-/// Spelt out: the first regular expression of a process brings half a megabyte of code to memory.
-bool isLeftover(const QString& name, const QString& fileName)
+/// leaves that.
+bool hasTemporaryForm(const QString& name, const QString& fileName)
 {
-    constexpr int letterCount = 6;
-    if (name.size() != fileName.size() + 1 + letterCount ||
-        !name.startsWith(fileName + u'.', Qt::CaseInsensitive))
-        return false;
-    const QStringView letters = QStringView(name).last(letterCount);
     const auto isLetter = [](QChar sign) { return isSmall(sign) || isCapital(sign); };
-    return std::all_of(letters.begin(), letters.end(), isLetter) &&
-           std::adjacent_find(letters.begin(), letters.end(), [](QChar first, QChar second) {
+    return name.size() == fileName.size() + 1 + letterCount &&
+           name.startsWith(fileName + u'.', Qt::CaseInsensitive) &&
+           std::all_of(name.end() - letterCount, name.end(), isLetter);
+}
+
+/// A small letter before a capital one, as nobody writes it: nine of ten random names, but not a
+/// user's ".backup". Spelt out: the first regular expression of a process brings half a megabyte of
+/// code to memory.
+bool looksRandom(const QString& name)
+{
+    return std::adjacent_find(name.end() - letterCount, name.end(), [](QChar first, QChar second) {
                return isSmall(first) && isCapital(second);
-           }) != letters.end();
+           }) != name.end();
 }
 
 } // namespace
@@ -85,9 +91,25 @@ void SettingsFile::removeLeftovers() const
     const QFileInfo file(path);
     const QStringList names = file.dir().entryList(QDir::Files, QDir::Unsorted);
     for (const QString& name : names) {
-        if (isLeftover(name, file.fileName()))
+        if (hasTemporaryForm(name, file.fileName()) &&
+            (looksRandom(name) || isOfKilledSave(file.dir().filePath(name))))
             file.dir().remove(name);
     }
+}
+
+/// The lock that the same process has left, made just before, tells a name that may be a user's.
+bool SettingsFile::isOfKilledSave(const QString& temporary) const
+{
+    const QFileInfo lock(lockPath());
+    if (!lock.exists())
+        return false;
+    const qint64 age = lock.lastModified().msecsTo(QFileInfo(temporary).lastModified());
+    return age >= 0 && age <= longestSave && lockIsFree();
+}
+
+QString SettingsFile::lockPath() const
+{
+    return path + QStringLiteral(".lock");
 }
 
 QString SettingsFile::text(const char* key, const QString& missing) const
@@ -132,7 +154,7 @@ void SettingsFile::save()
 /// is open cannot be removed.
 bool SettingsFile::lockIsFree() const
 {
-    const QString lock = path + QStringLiteral(".lock");
+    const QString lock = lockPath();
     return !QFile::exists(lock) || QLockFile(lock).removeStaleLockFile() || QDir().rmdir(lock);
 }
 

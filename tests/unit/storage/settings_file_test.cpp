@@ -7,6 +7,7 @@
 #include "support/test_main.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -50,10 +51,19 @@ private slots:
     void damagedReadOnlyFile();
     void damagedWhileRunning();
     void leftoversOfAKill();
+    void leftoversBesideALock_data();
+    void leftoversBesideALock();
+    void savesOfOthersAreNoLeftovers();
 
 private:
     SettingsFile& file() { return SettingsFile::open("test.ini"); }
     QString stored(const char* key) { return IniFile::read("test.ini").value(key); }
+    static QStringList names()
+    {
+        QStringList list = QDir(IniFile::path("")).entryList(QDir::Files);
+        list.sort();
+        return list;
+    }
     /// Without opening the file again, which tries to save.
     static QTimer* retry() { return qApp->findChild<SettingsFile*>()->findChild<QTimer*>(); }
 
@@ -387,19 +397,79 @@ void SettingsFileTest::damagedWhileRunning()
 
 void SettingsFileTest::leftoversOfAKill()
 {
-    const QStringList kept{"test.ini",        "test.ini.BEFORE",  "test.ini.Editor",
-                           "test.ini.aBcdE",  "test.ini.aBcdEfg", "test.ini.backup",
-                           "test.ini.old123", "test2.ini.aBcdEf", "test.ini.aBcdé",
-                           "test.ini_aBcdEf", "test.ini.aBcd.f"};
+    QStringList kept{"test.ini",         "test.ini.BEFORE", "test.ini.Editor", "test.ini.aBcdE",
+                     "test.ini.aBcdEfg", "test.ini.backup", "test.ini.old123", "test2.ini.aBcdEf",
+                     "test.ini.aBcdé",   "test.ini_aBcdEf", "test.ini.aBcd.f"};
     const QStringList left{"test.ini.aBcdEf", "test.ini.QRsTUv", "test.ini.zzzzzZ"};
     for (const QString& name : kept + left)
         IniFile::writeRaw(name, "[Dial]\nMicValue=1\n");
     file();
-    QStringList found = QDir(IniFile::path("")).entryList(QDir::Files);
-    found.sort();
-    QStringList expected = kept;
-    expected.sort();
-    QCOMPARE(found, expected);
+    kept.sort();
+    QCOMPARE(names(), kept);
+}
+
+void SettingsFileTest::leftoversBesideALock_data()
+{
+    QTest::addColumn<QString>("lock");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("age");
+    QTest::addColumn<bool>("goes");
+    QTest::newRow("at once") << "test.ini.lock"
+                             << "test.ini.GZAWLU" << 0 << true;
+    QTest::newRow("capitals") << "test.ini.lock"
+                              << "test.ini.GZAWLU" << 20 << true;
+    QTest::newRow("smalls") << "test.ini.lock"
+                            << "test.ini.qhwzrt" << 20 << true;
+    QTest::newRow("a capital first") << "test.ini.lock"
+                                     << "test.ini.Ghwzrt" << 20 << true;
+    QTest::newRow("slow disk") << "test.ini.lock"
+                               << "test.ini.GZAWLU" << 3000 << true;
+    QTest::newRow("made later") << "test.ini.lock"
+                                << "test.ini.backup" << 3001 << false;
+    QTest::newRow("made before") << "test.ini.lock"
+                                 << "test.ini.backup" << -1 << false;
+    QTest::newRow("five letters") << "test.ini.lock"
+                                  << "test.ini.GZAWL" << 20 << false;
+    QTest::newRow("seven letters") << "test.ini.lock"
+                                   << "test.ini.GZAWLUX" << 20 << false;
+    QTest::newRow("a digit") << "test.ini.lock"
+                             << "test.ini.GZAWL1" << 20 << false;
+    QTest::newRow("another's lock") << "test2.ini.lock"
+                                    << "test.ini.GZAWLU" << 20 << false;
+    QTest::newRow("another's file") << "test.ini.lock"
+                                    << "test2.ini.GZAWLU" << 20 << false;
+}
+
+void SettingsFileTest::leftoversBesideALock()
+{
+    QFETCH(const QString, lock);
+    QFETCH(const QString, name);
+    QFETCH(const int, age);
+    QFETCH(const bool, goes);
+    const QDateTime killed(QDate(2026, 3, 1), QTime(12, 0));
+    const auto write = [](const QString& file, const QDateTime& time) {
+        IniFile::writeRaw(file, "");
+        QFile written(IniFile::path(file));
+        QVERIFY(written.open(QIODevice::ReadWrite));
+        QVERIFY(written.setFileTime(time, QFileDevice::FileModificationTime));
+    };
+    write(lock, killed);
+    write(name, killed.addMSecs(age));
+    file();
+    QStringList kept{name, lock};
+    kept.sort();
+    // Both are what one save has left.
+    QCOMPARE(names(), goes ? QStringList() : kept);
+}
+
+void SettingsFileTest::savesOfOthersAreNoLeftovers()
+{
+    QVERIFY(QDir().mkpath(IniFile::path("")));
+    QLockFile holder(LockFiles::path("test.ini"));
+    QVERIFY(holder.tryLock(0));
+    IniFile::writeRaw("test.ini.GZAWLU", "");
+    file();
+    QCOMPARE(names(), (QStringList{"test.ini.GZAWLU", "test.ini.lock"}));
 }
 
 QUORVEL_TEST_MAIN(SettingsFileTest)
