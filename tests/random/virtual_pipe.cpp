@@ -5,6 +5,13 @@
 #include <chrono>
 #include <utility>
 
+VirtualPipe::EndOfThread::~EndOfThread()
+{
+    const std::lock_guard lock(pipe.mutex);
+    pipe.threadHasEnded = true;
+    pipe.changed.notify_all();
+}
+
 void VirtualPipe::open()
 {
     const std::lock_guard lock(mutex);
@@ -21,7 +28,9 @@ void VirtualPipe::close()
 
 std::uint32_t VirtualPipe::connect()
 {
+    thread_local const EndOfThread end{*this};
     std::unique_lock lock(mutex);
+    threadHasEnded = false;
     listening = true;
     ++connects;
     changed.notify_all();
@@ -55,9 +64,9 @@ bool VirtualPipe::cancel()
         return false;
     cancelled = true;
     changed.notify_all();
-    // The program gives its thread half a second of real time, of which a busy machine may leave
-    // nothing to the thread.
-    changed.wait_for(lock, std::chrono::seconds(10), [this] { return !listening; });
+    // The program gives its thread half a second of real time to end, of which a busy machine may
+    // leave nothing to the thread.
+    changed.wait_for(lock, std::chrono::seconds(60), [this] { return threadHasEnded; });
     return true;
 }
 
@@ -82,6 +91,6 @@ bool VirtualPipe::waitUntilListening()
 
 bool VirtualPipe::waitUntilListening(std::unique_lock<std::mutex>& lock, long long served)
 {
-    return changed.wait_for(lock, std::chrono::seconds(10),
+    return changed.wait_for(lock, std::chrono::seconds(60),
                             [&] { return listening && connects > served; });
 }

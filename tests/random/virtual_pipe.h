@@ -16,13 +16,20 @@ public:
     std::uint32_t connect();
     std::uint32_t read(std::string& message, std::size_t room);
     void disconnect();
-    bool cancel(); ///< false when no call waits
+    bool cancel(); ///< false when no call waits; else the thread has ended when this returns
 
     // The client's end.
     bool serve(const std::string& message, bool written);
     bool waitUntilListening();
 
 private:
+    /// Goes with the thread that it was made in.
+    struct EndOfThread
+    {
+        VirtualPipe& pipe;
+        ~EndOfThread();
+    };
+
     bool waitUntilListening(std::unique_lock<std::mutex>& lock, long long served);
 
     std::mutex mutex;
@@ -30,6 +37,7 @@ private:
     bool isOpen = false;
     bool listening = false;
     bool cancelled = false;
+    bool threadHasEnded = false;
     bool hasClient = false;
     bool hasMessage = false;
     long long connects = 0;
