@@ -108,15 +108,15 @@ name = os.environ["QUORVEL_FOLDER"] + "/qipc_mark"
 open(name, "w").close()
 libc = ctypes.CDLL(None)
 key = libc.ftok(name.encode(), 81)
-assert libc.shmget(key, 1, 0o1600) >= 0 and libc.semget(key, 1, 0o1600) >= 0
-print(key)
+print(libc.shmget(key, 1, 0o1600), libc.semget(key, 1, 0o1600))
 """
         result = self.run_contained(sys.executable, "-c", make)
-        key = result.stdout.strip()
         self.assertEqual(result.returncode, 0, result.stderr)
-        for kind in ("shm", "sem"):
+        for kind, number in zip(("shm", "sem"), result.stdout.split(), strict=True):
+            self.assertGreaterEqual(int(number), 0)
+            # Not the key: that of a removed file soon belongs to another program's.
             with open(f"/proc/sysvipc/{kind}", encoding="ascii") as file:
-                self.assertNotIn(key, [line.split()[0] for line in file])
+                self.assertNotIn(number, [line.split()[1] for line in file])
 
     def end(self, process, how):
         """Ends it as a user, a shell or a time-out does."""
