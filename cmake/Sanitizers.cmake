@@ -18,7 +18,7 @@ if(QUORVEL_FUZZ)
 endif()
 
 if(sanitizer_flags)
-    # Files and lines are what its reports tell; more takes a fifth of the time to compile.
+    # Files and lines are what its reports tell; more takes longer to compile.
     add_compile_options(${sanitizer_flags} -g1)
     add_link_options(${sanitizer_flags})
 endif()
