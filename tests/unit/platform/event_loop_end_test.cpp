@@ -226,12 +226,12 @@ void EventLoopEndTest::nothingIsMarked()
     }
     const SilentPipe pipe;
     const EndableWait wait;
+    QElapsedTimer clock;
+    clock.start();
     auto later = std::async(std::launch::async, [] {
         Sleep(300);
         EndableWait::cancel();
     });
-    QElapsedTimer clock;
-    clock.start();
     QCOMPARE(pipe.write(), aborted);
     QVERIFY(clock.elapsed() >= 250);
     later.get();
