@@ -53,6 +53,13 @@ bool looksRandom(const QString& name)
            }) != name.end();
 }
 
+/// A lock that was made just before tells a name that may be a user's. An invalid time is no lock.
+bool isOfSave(const QString& temporary, const QDateTime& locked)
+{
+    const qint64 age = locked.msecsTo(QFileInfo(temporary).lastModified());
+    return locked.isValid() && age >= 0 && age <= longestSave;
+}
+
 } // namespace
 
 SettingsFile& SettingsFile::open(const QString& name)
@@ -86,25 +93,21 @@ SettingsFile::~SettingsFile()
         write();
 }
 
+/// A save whose process is killed leaves its lock, its half-written file or both. Under a lock that
+/// is alive another process is saving, and they are its.
 void SettingsFile::removeLeftovers() const
 {
+    const QDateTime locked = QFileInfo(lockPath()).lastModified();
+    if (!lockIsFree())
+        return;
     const QFileInfo file(path);
     const QStringList names = file.dir().entryList(QDir::Files, QDir::Unsorted);
     for (const QString& name : names) {
+        const QString temporary = file.dir().filePath(name);
         if (hasTemporaryForm(name, file.fileName()) &&
-            (looksRandom(name) || isOfKilledSave(file.dir().filePath(name))))
-            file.dir().remove(name);
+            (looksRandom(name) || isOfSave(temporary, locked)))
+            QFile::remove(temporary);
     }
-}
-
-/// The lock that the same process has left, made just before, tells a name that may be a user's.
-bool SettingsFile::isOfKilledSave(const QString& temporary) const
-{
-    const QFileInfo lock(lockPath());
-    if (!lock.exists())
-        return false;
-    const qint64 age = lock.lastModified().msecsTo(QFileInfo(temporary).lastModified());
-    return age >= 0 && age <= longestSave && lockIsFree();
 }
 
 QString SettingsFile::lockPath() const

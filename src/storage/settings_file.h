@@ -41,7 +41,6 @@ private:
     SettingsFile(const QString& path, QObject* owner);
 
     void removeLeftovers() const;
-    bool isOfKilledSave(const QString& temporary) const;
     QString lockPath() const;
     bool lockIsFree() const;
     bool diskHasRoom() const;
