@@ -96,6 +96,7 @@ void ControlAccessibilityTest::knob()
     QCOMPARE(face.text(QAccessible::Name), QString("MIC1 Gain"));
     QCOMPARE(face.text(QAccessible::Value), QString("-20dB"));
     QVERIFY(face.state().focusable);
+    QVERIFY(face.textInterface() == nullptr);
     const auto* const value = face.valueInterface();
     QCOMPARE(value->currentValue().toInt(), -20);
     QCOMPARE(value->minimumValue().toInt(), -80);

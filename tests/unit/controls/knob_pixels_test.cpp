@@ -91,7 +91,8 @@ void KnobPixelsTest::sameAsDrawnWhole_data()
     QTest::addColumn<double>("pixelRatio");
     QTest::addColumn<QRgb>("background");
     QTest::addColumn<QColor>("arcColor");
-    for (const int size : {120, 70}) {
+    // The largest is not kept as pictures at the higher ratios.
+    for (const int size : {120, 70, 300}) {
         for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0}) {
             for (const QRgb background : {0xff2c313cU, 0xff12ab7fU}) {
                 for (const char* color : {"#00ffff", "#800fff7f"}) {
@@ -111,7 +112,7 @@ void KnobPixelsTest::sameAsDrawnWhole()
     QFETCH(const QColor, arcColor);
     Knob knob;
     knob.resize(size, size);
-    knob.arcWidth = size == 120 ? 7 : 3;
+    knob.arcWidth = size == 70 ? 3 : 7;
     knob.showText = false;
     knob.arcColor = arcColor;
     for (const int value : {-80, -79, -41, -7, 0, 5, 6}) {
