@@ -60,3 +60,11 @@ build_preset()
     "$root/scripts/contain" cmake --build "$folder" --parallel "$(nproc)" "${targets[@]}" ||
         die "building $preset failed"
 }
+
+# state_of_package: all that the bytes of dist/ depend on, beside the installed packages.
+state_of_package()
+{
+    commit_time
+    printf '%s\n' "${QUORVEL_QT_WINDOWS:?}" "${QUORVEL_SIGN:-}"
+    source_files . | (cd "$root" && xargs --null sha256sum --)
+}

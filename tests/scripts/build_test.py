@@ -253,6 +253,29 @@ class PackageTest(CheckoutTest):
         self.commit()
         self.assertIn("time 1760011200", self.package(GIT_TEST_ASSUME_DIFFERENT_OWNER="1"))
 
+    def state(self, **variables):
+        result = self.run_script("state_of_package", "build", **{"QUORVEL_QT_WINDOWS": "/qt",
+                                                                 **variables})
+        self.assertEqual(result.returncode, 0, result.stdout)
+        return result.stdout
+
+    def test_all_that_changes_a_package_changes_its_state(self):
+        self.commit()
+        self.write("src/main.cpp", "int main() {}\n")
+        states = [self.state(), self.state(SOURCE_DATE_EPOCH="86400"),
+                  self.state(QUORVEL_QT_WINDOWS="/other"), self.state(QUORVEL_SIGN="/sign")]
+        self.write("src/main.cpp", "int main() { return 1; }\n")
+        states.append(self.state())
+        os.rename(os.path.join(self.root, "src/main.cpp"), os.path.join(self.root, "src/app.cpp"))
+        states.append(self.state())
+        self.assertEqual(len(set(states)), 6)
+        self.assertEqual(self.state(), states[-1])
+
+    def test_without_git_a_package_has_no_state(self):
+        result = self.run_script("state_of_package", "build", QUORVEL_QT_WINDOWS="/qt",
+                                 SOURCE_DATE_EPOCH="86400")
+        self.assertNotEqual(result.returncode, 0)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)
