@@ -1,5 +1,6 @@
 """scripts/contain and scripts/with-display: whatever ends them, nothing stays behind."""
 
+import ctypes
 import os
 import random
 import signal
@@ -12,6 +13,7 @@ from leavings import Room
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "../.."))
 CONTAIN = os.path.join(ROOT, "scripts/contain")
+IPC_RMID = 0
 WITH_DISPLAY = os.path.join(ROOT, "scripts/with-display")
 # Children of many kinds: plain, detached, in a session of its own, stopped, and one that keeps
 # making others.
@@ -107,16 +109,27 @@ import ctypes, os, sys
 name = os.environ["QUORVEL_FOLDER"] + "/qipc_mark"
 open(name, "w").close()
 libc = ctypes.CDLL(None)
-key = libc.ftok(name.encode(), 81)
+status = os.stat(name)
+key = ctypes.c_int(status.st_ino + status.st_dev * 2654435761)
 print(libc.shmget(key, 1, 0o1600), libc.semget(key, 1, 0o1600))
+# What other programs may have, whose key is like this one but for the upper bits.
+other = ctypes.c_int(key.value ^ 1 << 24)
+print(libc.shmget(other, 1, 0o1600), libc.semget(other, 1, 0o1600))
 """
         result = self.run_contained(sys.executable, "-c", make)
         self.assertEqual(result.returncode, 0, result.stderr)
-        for kind, number in zip(("shm", "sem"), result.stdout.split(), strict=True):
-            self.assertGreaterEqual(int(number), 0)
+        libc = ctypes.CDLL(None)
+        ours, others = ([int(number) for number in line.split()]
+                        for line in result.stdout.splitlines())
+        self.addCleanup(libc.shmctl, others[0], IPC_RMID, None)
+        self.addCleanup(libc.semctl, others[1], 0, IPC_RMID)
+        for kind, our, other in zip(("shm", "sem"), ours, others, strict=True):
+            self.assertGreaterEqual(our, 0)
             # Not the key: that of a removed file soon belongs to another program's.
             with open(f"/proc/sysvipc/{kind}", encoding="ascii") as file:
-                self.assertNotIn(number, [line.split()[1] for line in file])
+                numbers = [line.split()[1] for line in file]
+            self.assertNotIn(str(our), numbers)
+            self.assertIn(str(other), numbers)
 
     def end(self, process, how):
         """Ends it as a user, a shell or a time-out does."""

@@ -1,4 +1,5 @@
 #include "app/single_instance.h"
+#include "platform/port/shared_key.h"
 #include "support/debug_log.h"
 #include "support/test_main.h"
 
@@ -8,6 +9,9 @@
 #include <QTest>
 
 #include <future>
+#include <sys/ipc.h>
+#include <sys/shm.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +42,7 @@ private slots:
     void orphanCountsForNothing();
     void orphanHidesNoRunningCopy();
     void guardIsReleasedWhenTheClaimFails();
+    void eachFileHasMarksOfItsOwn();
 };
 
 void SingleInstanceMarksTest::orphanCountsForNothing()
@@ -85,6 +90,23 @@ void SingleInstanceMarksTest::guardIsReleasedWhenTheClaimFails()
         QVERIFY(inTime);
     }
     QFile::remove(key);
+}
+
+void SingleInstanceMarksTest::eachFileHasMarksOfItsOwn()
+{
+    // As the toolkit finds them.
+    QSharedMemory marker(QStringLiteral("QuorvelQtDriverSharedMemory"));
+    QVERIFY(marker.create(1));
+    struct stat status = {};
+    QCOMPARE(stat(qPrintable(marker.nativeKey()), &status), 0);
+    const key_t key = sharedKey(status.st_dev, status.st_ino);
+    QVERIFY(shmget(key, 1, 0) >= 0);
+
+    for (const ino_t apart : {1U, 1U << 16, 1U << 24, 1U << 31})
+        QVERIFY(sharedKey(status.st_dev, status.st_ino ^ apart) != key);
+    QVERIFY(sharedKey(status.st_dev + 1, status.st_ino) != key);
+    QVERIFY(sharedKey(0, 0) != IPC_PRIVATE);
+    QCOMPARE(ftok("/nowhere/at/all", 1), key_t{-1});
 }
 
 QUORVEL_TEST_MAIN(SingleInstanceMarksTest)
