@@ -23,7 +23,12 @@ std::optional<ToolAnswer> askTool(const QString& program, const QStringList& arg
 std::optional<QString> runTool(const QString& program, const QStringList& arguments,
                                const QProcessEnvironment& environment)
 {
-    const auto answer = askTool(program, arguments, environment);
+    return toolOutput(program, arguments, askTool(program, arguments, environment));
+}
+
+std::optional<QString> toolOutput(const QString& program, const QStringList& arguments,
+                                  const std::optional<ToolAnswer>& answer)
+{
     if (!answer)
         return std::nullopt;
     if (answer->exitCode != 0) {

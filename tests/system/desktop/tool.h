@@ -25,5 +25,9 @@ std::optional<QString>
 runTool(const QString& program, const QStringList& arguments,
         const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
 
+/// What runTool() makes of an answer of askTool() to the same command.
+std::optional<QString> toolOutput(const QString& program, const QStringList& arguments,
+                                  const std::optional<ToolAnswer>& answer);
+
 /// The program of this name beside the running one.
 QString besideThisProgram(const QString& name);
