@@ -159,11 +159,12 @@ std::optional<QStringList> SimulatorTool::lines(const QStringList& arguments) co
 std::optional<QString> SimulatorTool::run(const QStringList& arguments) const
 {
     const QStringList command = Target::tool(QStringLiteral("quorvel-simctl")) + arguments;
-    const auto answer = askTool(command.first(), command.mid(1), variables);
+    const auto ask = [&] { return askTool(command.first(), command.mid(1), variables); };
+    auto answer = ask();
     // The tool says why it fails. Wine now and then ends one with 1 that it has not started.
     if (answer && answer->exitCode == 1 && answer->errors.isEmpty() && answer->output.isEmpty()) {
         qWarning("%s did not start", qPrintable(command.join(QLatin1Char(' '))));
-        return runTool(command.first(), command.mid(1), variables);
+        answer = ask();
     }
     return toolOutput(command.first(), command.mid(1), answer);
 }
