@@ -1,6 +1,6 @@
 #include "simulator/asio_peer/deadline.h"
 
-#include "asio/scoped_handle.h"
+#include "platform/scoped_handle.h"
 
 namespace {
 

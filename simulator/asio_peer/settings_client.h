@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asio/scoped_handle.h"
+#include "platform/scoped_handle.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "simulator/host_native/device_server.h"
 
-#include "platform/port/local_socket.h"
-#include "platform/port/runtime_folder.h"
+#include "port/local_socket.h"
+#include "port/runtime_folder.h"
 
 #include <algorithm>
 #include <cerrno>

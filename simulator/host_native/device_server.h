@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/port/device_wire.h"
-#include "platform/port/file_descriptor.h"
+#include "port/device_wire.h"
+#include "port/file_descriptor.h"
 #include "simulator/host_native/simulated_device.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "asio/asio_reset.h"
 
-#include "asio/scoped_handle.h"
 #include "platform/endable_wait.h"
+#include "platform/scoped_handle.h"
 #include "platform/win32.h"
 
 #include <QDebug>

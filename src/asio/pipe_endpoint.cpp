@@ -1,6 +1,6 @@
 #include "asio/pipe_endpoint.h"
 
-#include "asio/scoped_handle.h"
+#include "platform/scoped_handle.h"
 
 #include <QDebug>
 

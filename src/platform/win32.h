@@ -15,5 +15,5 @@
 #include <shellapi.h>
 #include <winioctl.h>
 #else
-#include "platform/port/win32_port.h"
+#include "port/win32_port.h"
 #endif

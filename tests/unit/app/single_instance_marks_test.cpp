@@ -1,5 +1,5 @@
 #include "app/single_instance.h"
-#include "platform/port/shared_key.h"
+#include "port/shared_key.h"
 #include "support/debug_log.h"
 #include "support/test_main.h"
 

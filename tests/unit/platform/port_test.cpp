@@ -1,7 +1,7 @@
-#include "asio/scoped_handle.h"
-#include "platform/port/device_wire.h"
-#include "platform/port/local_socket.h"
+#include "platform/scoped_handle.h"
 #include "platform/win32.h"
+#include "port/device_wire.h"
+#include "port/local_socket.h"
 #include "support/test_main.h"
 
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "failing_simulator.h"
 
-#include "platform/port/device_wire.h"
-#include "platform/port/local_socket.h"
-#include "platform/port/runtime_folder.h"
+#include "port/device_wire.h"
+#include "port/local_socket.h"
+#include "port/runtime_folder.h"
 #include "simulator/model/simulator_protocol.h"
 
 #include <QtGlobal>

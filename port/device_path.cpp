@@ -1,4 +1,4 @@
-#include "platform/port/device_path.h"
+#include "port/device_path.h"
 
 namespace {
 

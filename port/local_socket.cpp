@@ -1,4 +1,4 @@
-#include "platform/port/local_socket.h"
+#include "port/local_socket.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/port/handle_table.h"
-#include "platform/port/pipe_folder.h"
-#include "platform/port/pipe_stream.h"
+#include "port/handle_table.h"
+#include "port/pipe_folder.h"
+#include "port/pipe_stream.h"
 
 #include <memory>
 #include <mutex>

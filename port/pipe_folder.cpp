@@ -1,7 +1,7 @@
-#include "platform/port/pipe_folder.h"
+#include "port/pipe_folder.h"
 
-#include "platform/port/local_socket.h"
-#include "platform/port/runtime_folder.h"
+#include "port/local_socket.h"
+#include "port/runtime_folder.h"
 
 #include <atomic>
 #include <cerrno>

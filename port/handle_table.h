@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/port/win32_port.h"
+#include "port/win32_port.h"
 
 #include <map>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "platform/port/runtime_folder.h"
+#include "port/runtime_folder.h"
 
 #include <cerrno>
 #include <cstdlib>

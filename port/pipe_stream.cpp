@@ -1,7 +1,7 @@
-#include "platform/port/pipe_stream.h"
+#include "port/pipe_stream.h"
 
-#include "platform/port/local_socket.h"
-#include "platform/port/thread_wait.h"
+#include "port/local_socket.h"
+#include "port/thread_wait.h"
 
 #include <algorithm>
 #include <cerrno>

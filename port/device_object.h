@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/port/file_descriptor.h"
-#include "platform/port/handle_table.h"
+#include "port/file_descriptor.h"
+#include "port/handle_table.h"
 
 #include <memory>
 #include <mutex>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/port/file_descriptor.h"
+#include "port/file_descriptor.h"
 
 #include <chrono>
 #include <cstddef>

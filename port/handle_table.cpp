@@ -1,4 +1,4 @@
-#include "platform/port/handle_table.h"
+#include "port/handle_table.h"
 
 HandleTable& HandleTable::instance()
 {

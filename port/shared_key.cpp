@@ -1,4 +1,4 @@
-#include "platform/port/shared_key.h"
+#include "port/shared_key.h"
 
 #include <sys/ipc.h>
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 #include "platform/session_end.h"
 
 #include "platform/event_loop_end.h"
-#include "platform/port/file_descriptor.h"
+#include "port/file_descriptor.h"
 
 #include <array>
 #include <atomic>

@@ -1,9 +1,9 @@
-#include "platform/port/device_object.h"
-#include "platform/port/device_path.h"
-#include "platform/port/pipe_object.h"
-#include "platform/port/runtime_folder.h"
-#include "platform/port/thread_wait.h"
-#include "platform/port/win32_port.h"
+#include "port/device_object.h"
+#include "port/device_path.h"
+#include "port/pipe_object.h"
+#include "port/runtime_folder.h"
+#include "port/thread_wait.h"
+#include "port/win32_port.h"
 
 namespace {
 

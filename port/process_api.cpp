@@ -1,5 +1,5 @@
-#include "platform/port/file_descriptor.h"
-#include "platform/port/win32_port.h"
+#include "port/file_descriptor.h"
+#include "port/win32_port.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform/port/thread_wait.h"
+#include "port/thread_wait.h"
 
 #include <cerrno>
 #include <map>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/port/file_descriptor.h"
-#include "platform/port/win32_port.h"
+#include "port/file_descriptor.h"
+#include "port/win32_port.h"
 
 #include <string>
 #include <vector>
