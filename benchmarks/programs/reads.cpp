@@ -1,6 +1,5 @@
+#include "driver/device_protocol.h"
 #include "driver/driver_device.h"
-#include "driver/meter_block.h"
-#include "driver/usb_status.h"
 
 #include <QCoreApplication>
 #include <QTimer>

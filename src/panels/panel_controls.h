@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/mixer_table.h"
+#include "driver/device_protocol.h"
 #include "panels/panel_link.h"
 
 #include <QList>

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "driver/device_protocol.h"
 #include "driver/driver_device.h"
-#include "driver/meter_block.h"
-#include "driver/mixer_table.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/meter_block.h"
+#include "driver/device_protocol.h"
 
 #include <QList>
 

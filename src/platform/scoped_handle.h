@@ -2,6 +2,8 @@
 
 #include "platform/win32.h"
 
+#include <utility>
+
 /// Closes a Windows handle at the end of its scope; null and INVALID_HANDLE_VALUE mean none.
 class ScopedHandle
 {
@@ -24,6 +26,9 @@ public:
             CloseHandle(handle);
         handle = owned;
     }
+
+    /// Owns nothing any more, and leaves the handle open.
+    HANDLE release() { return std::exchange(handle, nullptr); }
 
 private:
     HANDLE handle;

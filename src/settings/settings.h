@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/usb_status.h"
+#include "driver/device_protocol.h"
 
 #include <QDialog>
 

@@ -5,6 +5,7 @@
 #include <QMutex>
 
 #include <algorithm>
+#include <stdexcept>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -14,6 +15,8 @@ namespace {
 
 QMutex mutex; ///< Of everything here but the waiting itself.
 RecordedPlatform::Script script;
+RecordedPlatform::Answer answer;
+QByteArray input;
 QStringList calls;
 std::uintptr_t lastHandle = 0;
 bool pipeExists = false;
@@ -94,9 +97,23 @@ void RecordedPlatform::reset(const Script& wanted)
 {
     const QMutexLocker lock(&mutex);
     script = wanted;
+    answer = {};
+    input.clear();
     calls.clear();
     lastHandle = 0;
     pipeExists = false;
+}
+
+void RecordedPlatform::answerRequests(const Answer& wanted)
+{
+    const QMutexLocker lock(&mutex);
+    answer = wanted;
+}
+
+QByteArray RecordedPlatform::lastInput()
+{
+    const QMutexLocker lock(&mutex);
+    return input;
 }
 
 void RecordedPlatform::note(const QString& line)
@@ -150,15 +167,24 @@ DWORD GetLastError()
     return lastError;
 }
 
-BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
+BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID request, DWORD requestSize, LPVOID output,
                      DWORD outputSize, LPDWORD returned, LPOVERLAPPED overlapped)
 {
-    RecordedPlatform::note(QStringList{
-        "DeviceIoControl", number(device), hex(code), text(input), QString::number(inputSize),
-        text(output), QString::number(outputSize), text(returned), text(overlapped)}
-                               .join(u' '));
-    std::fill_n(static_cast<char*>(output), outputSize, '\0');
-    return result(ERROR_SUCCESS);
+    using Exception = RecordedPlatform::Answer::Exception;
+    const QMutexLocker lock(&mutex);
+    calls.append(QStringList{"DeviceIoControl", number(device), hex(code), text(request),
+                             QString::number(requestSize), text(output),
+                             QString::number(outputSize), text(returned), text(overlapped)}
+                     .join(u' '));
+    input = QByteArray(static_cast<const char*>(request), static_cast<qsizetype>(requestSize));
+    if (answer.exception == Exception::standard)
+        throw std::runtime_error("no paper");
+    if (answer.exception == Exception::unknown)
+        throw 42;
+    if (answer.error == ERROR_SUCCESS)
+        std::copy_n(answer.reply.cbegin(), std::min<qsizetype>(answer.reply.size(), outputSize),
+                    static_cast<char*>(output));
+    return result(answer.error);
 }
 
 BOOL ConnectNamedPipe(HANDLE pipe, LPOVERLAPPED overlapped)

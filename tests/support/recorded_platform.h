@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QStringList>
 
@@ -25,8 +26,23 @@ struct Script
     bool silentClient = false;
 };
 
-/// Forgets all calls and handles.
+/// What DeviceIoControl does: throws, refuses with an error, or puts the reply into the output,
+/// whose other bytes it leaves alone.
+struct Answer
+{
+    enum class Exception { none, standard, unknown } exception = Exception::none;
+    std::uint32_t error = 0;
+    QByteArray reply = {};
+};
+
+/// Forgets all calls, handles and inputs; requests of the device are taken from now on.
 void reset(const Script& script = {});
+
+/// From now on requests of the device are answered so.
+void answerRequests(const Answer& answer);
+
+/// The input of the last request of the device.
+QByteArray lastInput();
 
 /// Puts a line of the test's own between the calls.
 void note(const QString& line);

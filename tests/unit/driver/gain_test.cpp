@@ -1,5 +1,5 @@
+#include "driver/device_protocol.h"
 #include "driver/gain.h"
-#include "driver/mixer_table.h"
 #include "support/test_main.h"
 
 #include <QTest>
