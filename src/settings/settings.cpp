@@ -3,7 +3,6 @@
 #include "asio/asio_reset.h"
 #include "asio/thread_settings_pip.h"
 #include "driver/driver_device.h"
-#include "settings/settings_choices.h"
 #include "storage/settings_file.h"
 
 #include <QComboBox>
@@ -53,14 +52,14 @@ void Settings::buildLayout()
     title->setStyleSheet(QStringLiteral("font-size: 18px; font-weight: bold; color: #00FFFF;"));
     mainLayout->addWidget(title);
 
-    bufferSizeCombo = addChoice(tr("Buffer Size"), SettingsChoices::bufferSizes(),
-                                &Settings::onBufferSizeChanged);
-    latencyCombo = addChoice(tr("USB Latency Size"), SettingsChoices::usbLatencies(),
+    bufferSizeCombo =
+        addChoice(tr("Buffer Size"), SettingsChoices::bufferSizes, &Settings::onBufferSizeChanged);
+    latencyCombo = addChoice(tr("USB Latency Size"), SettingsChoices::usbLatencies,
                              &Settings::onUsbLatencyChanged);
     sampleRateCombo =
-        addChoice(tr("Samplerate"), SettingsChoices::sampleRates(), &Settings::onSampleRateChanged);
+        addChoice(tr("Samplerate"), SettingsChoices::sampleRates, &Settings::onSampleRateChanged);
     slowModeCombo =
-        addChoice(tr("Safe Mode"), SettingsChoices::slowModes(), &Settings::onSlowModeChanged);
+        addChoice(tr("Safe Mode"), SettingsChoices::slowModes, &Settings::onSlowModeChanged);
 
     mainLayout->addSpacing(20);
     auto* ok = new QPushButton(tr("OK"), this);
@@ -77,7 +76,8 @@ void Settings::buildLayout()
     usbErrorLabel->hide();
 }
 
-QComboBox* Settings::addChoice(const QString& label, const QStringList& items,
+QComboBox* Settings::addChoice(const QString& label,
+                               std::span<const SettingsChoices::Choice> choices,
                                void (Settings::*apply)(int))
 {
     auto* caption = new QLabel(label, this);
@@ -86,7 +86,8 @@ QComboBox* Settings::addChoice(const QString& label, const QStringList& items,
 
     auto* combo = new QComboBox(this);
     caption->setBuddy(combo);
-    combo->addItems(items);
+    for (const SettingsChoices::Choice& choice : choices)
+        combo->addItem(QLatin1String(choice.text));
     mainLayout->addWidget(combo);
     connect(combo, &QComboBox::currentIndexChanged, this, apply);
     return combo;

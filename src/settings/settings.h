@@ -1,11 +1,13 @@
 #pragma once
 
 #include "driver/device_protocol.h"
+#include "settings/settings_choices.h"
 
 #include <QDialog>
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 class DriverDevice;
 class QComboBox;
@@ -54,7 +56,7 @@ private:
     using TimedStep = void (Settings::*)();
 
     void buildLayout();
-    QComboBox* addChoice(const QString& label, const QStringList& items,
+    QComboBox* addChoice(const QString& label, std::span<const SettingsChoices::Choice> choices,
                          void (Settings::*apply)(int));
     void startPipeThread();
     void startUsbErrorTimer();

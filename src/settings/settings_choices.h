@@ -1,28 +1,33 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
-/// The choices of the settings dialog: the item texts, which also stand in the INI file, and what
-/// they mean.
+/// The choices of the settings dialog: a table for each of its lists.
 namespace SettingsChoices {
 
-QStringList bufferSizes();
-QStringList usbLatencies();
-QStringList sampleRates();
-QStringList slowModes();
+/// An item: its text, which also stands in the INI file, and what it means to the driver.
+struct Choice
+{
+    const char* text;
+    std::uint32_t value;
+};
 
-/// Samples; nothing for a text that is not among the choices.
-std::optional<std::uint32_t> bufferSize(const QString& text);
-/// Frames; 8 for a text that is not among the choices.
-std::uint32_t usbLatency(const QString& text);
-/// Hz; nothing for a text that is not among the choices.
-std::optional<std::uint32_t> sampleRate(const QString& text);
-/// Whether slow mode is on; nothing for a text that is not among the choices.
-std::optional<bool> slowMode(const QString& text);
+/// Samples.
+inline constexpr Choice bufferSizes[]{{"48", 48},   {"64", 64},   {"96", 96},   {"128", 128},
+                                      {"192", 192}, {"256", 256}, {"512", 512}, {"1024", 1024}};
+/// Frames.
+inline constexpr Choice usbLatencies[]{{"8", 8}, {"16", 16}, {"24", 24}, {"32", 32}};
+/// Hz.
+inline constexpr Choice sampleRates[]{{"44100", 44100}, {"48000", 48000}};
+/// Whether slow mode is on.
+inline constexpr Choice slowModes[]{{"Disabled", 0}, {"Enabled", 1}};
+
+/// What a text means; nothing for one that is not among the choices.
+std::optional<std::uint32_t> valueOf(const QString& text, std::span<const Choice> choices);
 
 /// The highest USB latency, in frames, that a buffer of this many samples allows.
 std::uint32_t latencyForBuffer(std::uint32_t samples);

@@ -1,7 +1,6 @@
 #include "driver/driver_device.h"
 #include "platform/win32.h"
 #include "settings/settings.h"
-#include "settings/settings_choices.h"
 #include "storage/settings_file.h"
 
 #include <QComboBox>
@@ -39,7 +38,7 @@ bool Settings::restart()
 
 bool Settings::takeSampleRate(const QString& text)
 {
-    const auto rate = SettingsChoices::sampleRate(text);
+    const auto rate = SettingsChoices::valueOf(text, SettingsChoices::sampleRates);
     if (!rate) {
         qDebug() << "未知的音频采样率选项：" << text;
         return false;
@@ -142,7 +141,8 @@ void Settings::onSampleRateChanged(int)
 void Settings::onUsbLatencyChanged(int)
 {
     const QString text = latencyCombo->currentText();
-    const std::uint32_t frames = SettingsChoices::usbLatency(text);
+    const std::uint32_t frames =
+        SettingsChoices::valueOf(text, SettingsChoices::usbLatencies).value_or(8);
     qDebug() << "设置USB延迟大小为：" << frames << "Frame";
     std::uint32_t current = 0;
     device->getUsbLatency(current);
@@ -163,7 +163,7 @@ void Settings::onUsbLatencyChanged(int)
 void Settings::onBufferSizeChanged(int)
 {
     const QString text = bufferSizeCombo->currentText();
-    const auto samples = SettingsChoices::bufferSize(text);
+    const auto samples = SettingsChoices::valueOf(text, SettingsChoices::bufferSizes);
     if (!samples) {
         qDebug() << "未知的音频缓冲区大小选项：" << text;
         return;
@@ -208,12 +208,12 @@ void Settings::onSlowModeChanged(int)
     const QString text = slowModeCombo->currentText();
     if (!stop())
         return;
-    const auto slow = SettingsChoices::slowMode(text);
+    const auto slow = SettingsChoices::valueOf(text, SettingsChoices::slowModes);
     if (!slow) {
         qDebug() << "未知的USB慢速模式选项：" << text;
         return;
     }
-    if (!succeeded(*slow ? device->enableUsbSlowMode() : device->disableUsbSlowMode(),
+    if (!succeeded(*slow != 0 ? device->enableUsbSlowMode() : device->disableUsbSlowMode(),
                    "设置USB慢速模式失败，可能是驱动未正确加载或设备未连接。"))
         return;
     if (!restart())

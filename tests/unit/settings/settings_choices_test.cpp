@@ -3,70 +3,76 @@
 
 #include <QTest>
 
+using SettingsChoices::Choice;
+using Choices = std::span<const Choice>;
+Q_DECLARE_METATYPE(Choices)
+
 class SettingsChoicesTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void items();
-    void meanings();
-    void unknownTexts();
+    void values_data();
+    void values();
     void latencyForBuffer_data();
     void latencyForBuffer();
 };
 
-void SettingsChoicesTest::items()
+void SettingsChoicesTest::values_data()
 {
-    using namespace SettingsChoices;
-    QCOMPARE(bufferSizes(), (QStringList{"48", "64", "96", "128", "192", "256", "512", "1024"}));
-    QCOMPARE(usbLatencies(), (QStringList{"8", "16", "24", "32"}));
-    QCOMPARE(sampleRates(), (QStringList{"44100", "48000"}));
-    QCOMPARE(slowModes(), (QStringList{"Disabled", "Enabled"}));
+    QTest::addColumn<Choices>("choices");
+    QTest::addColumn<QStringList>("texts");
+    QTest::addColumn<QList<int>>("values");
+    QTest::addColumn<QStringList>("unknownTexts");
+    QTest::newRow("buffer size") << Choices(SettingsChoices::bufferSizes)
+                                 << QStringList{"48",  "64",  "96",  "128",
+                                                "192", "256", "512", "1024"}
+                                 << QList{48, 64, 96, 128, 192, 256, 512, 1024}
+                                 << QStringList{"", "100", "4", "480", "48 ", "0x40"};
+    QTest::newRow("USB latency") << Choices(SettingsChoices::usbLatencies)
+                                 << QStringList{"8", "16", "24", "32"} << QList{8, 16, 24, 32}
+                                 << QStringList{"", "12", "08"};
+    QTest::newRow("sample rate") << Choices(SettingsChoices::sampleRates)
+                                 << QStringList{"44100", "48000"} << QList{44100, 48000}
+                                 << QStringList{"", "96000"};
+    QTest::newRow("slow mode") << Choices(SettingsChoices::slowModes)
+                               << QStringList{"Disabled", "Enabled"} << QList{0, 1}
+                               << QStringList{"", "enabled", "1", "true"};
 }
 
-void SettingsChoicesTest::meanings()
+void SettingsChoicesTest::values()
 {
-    using namespace SettingsChoices;
-    for (const QString& text : bufferSizes())
-        QCOMPARE(bufferSize(text).value(), text.toUInt());
-    for (const QString& text : usbLatencies())
-        QCOMPARE(usbLatency(text), text.toUInt());
-    QCOMPARE(sampleRate("44100").value(), 44100U);
-    QCOMPARE(sampleRate("48000").value(), 48000U);
-    QCOMPARE(slowMode("Enabled").value(), true);
-    QCOMPARE(slowMode("Disabled").value(), false);
-}
-
-void SettingsChoicesTest::unknownTexts()
-{
-    using namespace SettingsChoices;
-    QVERIFY(!bufferSize("100").has_value());
-    QVERIFY(!bufferSize("").has_value());
-    QVERIFY(!sampleRate("96000").has_value());
-    QVERIFY(!slowMode("enabled").has_value());
-    QCOMPARE(usbLatency("12"), 8U);
-    QCOMPARE(usbLatency(""), 8U);
+    QFETCH(const Choices, choices);
+    QFETCH(const QStringList, texts);
+    QFETCH(const QList<int>, values);
+    QFETCH(const QStringList, unknownTexts);
+    QCOMPARE(choices.size(), std::size_t(texts.size()));
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        QCOMPARE(QString(choices[std::size_t(i)].text), texts[i]);
+        QCOMPARE(int(SettingsChoices::valueOf(texts[i], choices).value()), values[i]);
+    }
+    for (const QString& text : unknownTexts)
+        QVERIFY(!SettingsChoices::valueOf(text, choices));
 }
 
 void SettingsChoicesTest::latencyForBuffer_data()
 {
-    QTest::addColumn<std::uint32_t>("samples");
     QTest::addColumn<std::uint32_t>("frames");
-    QTest::newRow("48") << 48U << 8U;
-    QTest::newRow("64") << 64U << 8U;
-    QTest::newRow("96") << 96U << 16U;
-    QTest::newRow("128") << 128U << 16U;
-    QTest::newRow("192") << 192U << 24U;
-    QTest::newRow("256") << 256U << 24U;
-    QTest::newRow("512") << 512U << 32U;
-    QTest::newRow("1024") << 1024U << 32U;
+    QTest::newRow("48") << 8U;
+    QTest::newRow("64") << 8U;
+    QTest::newRow("96") << 16U;
+    QTest::newRow("128") << 16U;
+    QTest::newRow("192") << 24U;
+    QTest::newRow("256") << 24U;
+    QTest::newRow("512") << 32U;
+    QTest::newRow("1024") << 32U;
 }
 
 void SettingsChoicesTest::latencyForBuffer()
 {
-    QFETCH(std::uint32_t, samples);
-    QFETCH(std::uint32_t, frames);
-    QCOMPARE(SettingsChoices::latencyForBuffer(samples), frames);
+    QFETCH(const std::uint32_t, frames);
+    QCOMPARE(SettingsChoices::latencyForBuffer(QByteArray(QTest::currentDataTag()).toUInt()),
+             frames);
 }
 
 QUORVEL_TEST_MAIN(SettingsChoicesTest)
