@@ -1,25 +1,6 @@
 #include "panels/ka1.h"
 
-#include "panels/output_volume.h"
-
 namespace {
-
-const OutputTraits headphoneTraits{
-    .cells = {MixerCell::output(0), MixerCell::output(1)},
-    .knobKey = "Dial/HeadphoneValue",
-    .muteKey = "Button/HeadphoneMuteIsChecked",
-    .dimKey = "Button/HeadphoneDimIsChecked",
-    .changed = nullptr,
-    .report = OutputTraits::Report::gain,
-    .set = "Headphone volume set to:",
-    .failed = "Failed to set headphone volume.",
-    .muteArgument = OutputTraits::MuteArgument::floor,
-    .clickLog = OutputTraits::ClickLog::beforeVolume,
-    .muteOn = "Headphone Mute Button Clicked: Mute ON",
-    .muteOff = "Headphone Mute Button Clicked: Mute OFF",
-    .dimOn = "Headphone Dim Button Clicked: Dim ON",
-    .dimOff = "Headphone Dim Button Clicked: Dim OFF",
-};
 
 constexpr std::uint8_t micChannel = 1;
 
@@ -38,17 +19,15 @@ ka1::ka1(QWidget* parent)
     separator();
     addHeadphone();
     presetRoutes();
-    start({"Button/MicInstrIsChecked", "Button/Mic20dBIsChecked", "Button/Mic48VIsChecked",
-           "Button/MonitorMicIsChecked", "Dial/MicValue", "Dial/HeadphoneValue",
-           "Button/HeadphoneMuteIsChecked", "Button/HeadphoneDimIsChecked", "Dial/OtgToHpValue"});
+    start();
 }
 
 void ka1::addInput()
 {
     PanelStrip input = inputStrip(tr("INPUT"));
-    input.add(
+    Knob* const gain = input.add(
         MicGain{.text = tr("Gain"), .key = "Dial/MicValue", .channel = micChannel, .maximum = 42});
-    input.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(0), .atStart = tr("-160 dB")});
+    input.add(LevelReadOut{.text = tr("Level"), .samples = {0}, .atStart = tr("-160 dB")});
     input.caption(tr("Gain"));
 
     // Takes the height in which the other strip is taller, so that both headings stand level.
@@ -60,7 +39,7 @@ void ka1::addInput()
                             .command = &DriverDevice::switchMicInstrument,
                             .channel = micChannel,
                             .clicked = "Mic Instr Button Clicked",
-                            .clickedState = StateText::none,
+                            .clickedWithState = false,
                             .switched = "Mic instruction switched for channel 1.",
                             .failed = "Failed to switch mic instruction."});
     buttons.add(InputSwitch{.text = tr("20dB"),
@@ -69,7 +48,7 @@ void ka1::addInput()
                             .command = &DriverDevice::setMic20dB,
                             .channel = micChannel,
                             .clicked = "Mic 20dB Button Clicked",
-                            .clickedState = StateText::none,
+                            .clickedWithState = false,
                             .switched = "Mic 20dB switched for channel 1.",
                             .failed = "Failed to switch mic 20dB."});
     buttons.add(InputSwitch{.text = tr("48V"),
@@ -78,22 +57,32 @@ void ka1::addInput()
                             .command = &DriverDevice::setMic48V,
                             .channel = micChannel,
                             .clicked = "Mic 48V Button Clicked",
-                            .clickedState = StateText::none,
+                            .clickedWithState = false,
                             .switched = "Mic 48V switched for channel 1.",
                             .failed = "Failed to switch mic 48V."});
     buttons.add(Monitor{.text = tr("DIRECT"),
                         .key = "Button/MonitorMicIsChecked",
                         .cells = {MixerCell::route(0, 0), MixerCell::route(1, 1)},
-                        .setState = StateText::number});
+                        .stateAsNumber = true});
+    restoreLast(gain);
 }
 
 void ka1::addHeadphone()
 {
     PanelStrip output = outputStrip(tr("HEADPHONE"), Qt::AlignCenter);
-    output.add(headphoneTraits, OutputLook{.volume = tr("Volume"),
-                                           .mute = tr("MUTE"),
-                                           .dim = tr("DIM"),
-                                           .buttonStyle = 10});
+    output.add(Output{.volume = tr("Volume"),
+                      .mute = tr("MUTE"),
+                      .dim = tr("DIM"),
+                      .buttonStyle = 10,
+                      .volumeKey = "Dial/HeadphoneValue",
+                      .muteKey = "Button/HeadphoneMuteIsChecked",
+                      .dimKey = "Button/HeadphoneDimIsChecked",
+                      .cells = {MixerCell::output(0), MixerCell::output(1)},
+                      .set = "Headphone volume set to:",
+                      .failed = "Failed to set headphone volume.",
+                      .clickedFirst = true,
+                      .muteClicked = "Headphone Mute Button Clicked: Mute",
+                      .dimClicked = "Headphone Dim Button Clicked: Dim"});
 
     PanelStrip phone = output.row(8);
     phone.add(PhoneLevel{.text = tr("Phone To HP Volume"),
@@ -103,7 +92,7 @@ void ka1::addHeadphone()
                          .failed = "Failed to set OTG to HP volume."});
     PanelStrip phoneTexts = phone.column();
     phoneTexts.add(LevelReadOut{.text = tr("Level"),
-                                .level = phoneLevel(),
+                                .samples = {2, 3},
                                 .of = tr("Phone To HP Volume"),
                                 .atStart = tr("-160 dB")});
     phoneTexts.caption(tr("Phone To HP Volume"), PanelWidgets::smallCaptionStyle);

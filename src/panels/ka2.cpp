@@ -1,7 +1,5 @@
 #include "panels/ka2.h"
 
-#include "panels/output_volume.h"
-
 /// What a microphone's controls are called in the INI file, and where its sound goes.
 struct ka2::MicTraits
 {
@@ -14,46 +12,6 @@ struct ka2::MicTraits
     const char* directKey;
 };
 
-namespace {
-
-// Unlike the smaller models, outputs 0 and 1 are the speakers here; the headphones are 4 and 5.
-// Of the two mute buttons only the speakers' is logged and runs its volume handler with the floor.
-const OutputTraits speakerTraits{
-    .cells = {MixerCell::output(0), MixerCell::output(1)},
-    .knobKey = "Dial/SpeakerValue",
-    .muteKey = "Button/SpeakerMuteIsChecked",
-    .dimKey = "Button/SpeakerDimIsChecked",
-    .changed = "Speaker Knob value changed:",
-    .report = OutputTraits::Report::level,
-    .set = "Speaker volume set to:",
-    .failed = "Failed to set speaker volume.",
-    .muteArgument = OutputTraits::MuteArgument::floor,
-    .clickLog = OutputTraits::ClickLog::afterVolume,
-    .muteOn = "Speaker Mute Button Clicked: Mute ON",
-    .muteOff = "Speaker Mute Button Clicked: Mute OFF",
-    .dimOn = nullptr,
-    .dimOff = nullptr,
-};
-
-const OutputTraits headphoneTraits{
-    .cells = {MixerCell::output(4), MixerCell::output(5)},
-    .knobKey = "Dial/HeadphoneValue",
-    .muteKey = "Button/HeadphoneMuteIsChecked",
-    .dimKey = "Button/HeadphoneDimIsChecked",
-    .changed = "Headphone Knob value changed:",
-    .report = OutputTraits::Report::level,
-    .set = "Headphone volume set to:",
-    .failed = "Failed to set headphone volume.",
-    .muteArgument = OutputTraits::MuteArgument::knobValue,
-    .clickLog = OutputTraits::ClickLog::afterVolume,
-    .muteOn = nullptr,
-    .muteOff = nullptr,
-    .dimOn = nullptr,
-    .dimOff = nullptr,
-};
-
-} // namespace
-
 ka2::ka2(QWidget* parent)
     : Panel({.openFailed = "Failed to create device in ka2.",
              .outputChannels = {1, 2, 5, 6},
@@ -64,13 +22,13 @@ ka2::ka2(QWidget* parent)
     if (!begin())
         return;
 
-    addMic({.heading = tr("MIC1"),
-            .channel = 1,
-            .input = 0,
-            .gainKey = "Dial/Mic1Value",
-            .padKey = "Button/Mic120dBIsChecked",
-            .phantomKey = "Button/Mic148VIsChecked",
-            .directKey = "Button/MonitorMic1IsChecked"});
+    restoreLast(addMic({.heading = tr("MIC1"),
+                        .channel = 1,
+                        .input = 0,
+                        .gainKey = "Dial/Mic1Value",
+                        .padKey = "Button/Mic120dBIsChecked",
+                        .phantomKey = "Button/Mic148VIsChecked",
+                        .directKey = "Button/MonitorMic1IsChecked"}));
     addMic({.heading = tr("MIC2"),
             .channel = 2,
             .input = 1,
@@ -81,37 +39,54 @@ ka2::ka2(QWidget* parent)
 
     separator();
 
-    // The failure text names HP for the speakers too: log readers know it so.
-    addOutput(tr("SPEAKER"), speakerTraits,
-              {.text = tr("Phone To SP Volume"),
-               .key = "Dial/OtgToSPValue",
-               .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
-               .set = "OTG to SP volume set to:",
-               .failed = "Failed to set OTG to HP volume."});
-    addOutput(tr("HEADPHONE"), headphoneTraits,
+    // Unlike the smaller models, outputs 0 and 1 are the speakers here; the headphones are 4 and 5.
+    // Of the two mute buttons only the speakers' is logged. The speakers' phone level names HP when
+    // it fails. Log readers know it so.
+    Knob* const speakerPhone = addOutput(tr("SPEAKER"),
+                                         {.volume = tr("Volume"),
+                                          .volumeKey = "Dial/SpeakerValue",
+                                          .muteKey = "Button/SpeakerMuteIsChecked",
+                                          .dimKey = "Button/SpeakerDimIsChecked",
+                                          .cells = {MixerCell::output(0), MixerCell::output(1)},
+                                          .changed = "Speaker Knob value changed:",
+                                          .set = "Speaker volume set to:",
+                                          .setInDb = true,
+                                          .failed = "Failed to set speaker volume.",
+                                          .muteClicked = "Speaker Mute Button Clicked: Mute"},
+                                         {.text = tr("Phone To SP Volume"),
+                                          .key = "Dial/OtgToSPValue",
+                                          .cells = {MixerCell::route(2, 0), MixerCell::route(3, 1)},
+                                          .set = "OTG to SP volume set to:",
+                                          .failed = "Failed to set OTG to HP volume."});
+    addOutput(tr("HEADPHONE"),
+              {.volume = tr("Volume"),
+               .volumeKey = "Dial/HeadphoneValue",
+               .muteKey = "Button/HeadphoneMuteIsChecked",
+               .dimKey = "Button/HeadphoneDimIsChecked",
+               .cells = {MixerCell::output(4), MixerCell::output(5)},
+               .changed = "Headphone Knob value changed:",
+               .set = "Headphone volume set to:",
+               .setInDb = true,
+               .failed = "Failed to set headphone volume."},
               {.text = tr("Phone To HP Volume"),
                .key = "Dial/OtgToHpValue",
                .cells = {MixerCell::route(2, 4), MixerCell::route(3, 5)},
                .set = "OTG to HP volume set to:",
                .failed = "Failed to set OTG to HP volume."});
+    restoreLast(speakerPhone);
 
-    start({"Button/Mic120dBIsChecked", "Button/Mic148VIsChecked", "Button/MonitorMic1IsChecked",
-           "Dial/Mic1Value", "Dial/Mic2Value", "Button/Mic220dBIsChecked",
-           "Button/Mic248VIsChecked", "Button/MonitorMic2IsChecked", "Dial/SpeakerValue",
-           "Button/SpeakerMuteIsChecked", "Button/SpeakerDimIsChecked", "Dial/HeadphoneValue",
-           "Button/HeadphoneMuteIsChecked", "Button/HeadphoneDimIsChecked", "Dial/OtgToHpValue",
-           "Dial/OtgToSPValue"});
+    start();
 }
 
-void ka2::addMic(const MicTraits& traits)
+Knob* ka2::addMic(const MicTraits& traits)
 {
     PanelStrip strip = inputStrip(traits.heading);
-    strip.add(MicGain{.text = tr("Gain"),
-                      .key = traits.gainKey,
-                      .channel = traits.channel,
-                      .maximum = 56,
-                      .displayOffset = 9});
-    strip.add(LevelReadOut{.text = tr("Level"), .level = inputLevel(traits.input)});
+    Knob* const gain = strip.add(MicGain{.text = tr("Gain"),
+                                         .key = traits.gainKey,
+                                         .channel = traits.channel,
+                                         .maximum = 56,
+                                         .displayOffset = 9});
+    strip.add(LevelReadOut{.text = tr("Level"), .samples = {traits.input}});
     strip.caption(tr("Gain"));
     // The texts name channel 1 for both microphones: log readers know them so.
     strip.add(InputSwitch{.text = QStringLiteral("20dB"),
@@ -120,7 +95,6 @@ void ka2::addMic(const MicTraits& traits)
                           .command = &DriverDevice::setMic20dB,
                           .channel = traits.channel,
                           .clicked = "Mic 20dB Button Clicked",
-                          .clickedState = StateText::word,
                           .switched = "Mic 20dB switched for channel 1.",
                           .failed = "Failed to switch mic 20dB."});
     strip.add(InputSwitch{.text = QStringLiteral("48V"),
@@ -129,7 +103,6 @@ void ka2::addMic(const MicTraits& traits)
                           .command = &DriverDevice::setMic48V,
                           .channel = traits.channel,
                           .clicked = "Mic 48V Button Clicked",
-                          .clickedState = StateText::word,
                           .switched = "Mic 48V switched for channel 1.",
                           .failed = "Failed to switch mic 48V."});
     // A microphone is heard on both sides of both outputs.
@@ -137,16 +110,17 @@ void ka2::addMic(const MicTraits& traits)
         Monitor{.text = tr("DIRECT"),
                 .key = traits.directKey,
                 .cells = {MixerCell::route(traits.input, 0), MixerCell::route(traits.input, 1),
-                          MixerCell::route(traits.input, 4), MixerCell::route(traits.input, 5)},
-                .setState = StateText::word});
+                          MixerCell::route(traits.input, 4), MixerCell::route(traits.input, 5)}});
     strip.stretch();
+    return gain;
 }
 
-void ka2::addOutput(const QString& heading, const OutputTraits& traits, const PhoneLevel& phone)
+Knob* ka2::addOutput(const QString& heading, const Output& output, const PhoneLevel& phone)
 {
     PanelStrip strip = outputStrip(heading);
-    strip.add(traits, OutputLook{.volume = tr("Volume")});
-    strip.add(phone);
-    strip.add(LevelReadOut{.text = tr("Level"), .level = phoneLevel(), .of = phone.text});
+    strip.add(output);
+    Knob* const knob = strip.add(phone);
+    strip.add(LevelReadOut{.text = tr("Level"), .samples = {2, 3}, .of = phone.text});
     strip.caption(phone.text, PanelWidgets::smallCaptionStyle);
+    return knob;
 }

@@ -14,6 +14,8 @@ public:
 private:
     struct MicTraits;
 
-    void addMic(const MicTraits& traits);
-    void addOutput(const QString& heading, const OutputTraits& traits, const PhoneLevel& phone);
+    /// Returns the gain.
+    Knob* addMic(const MicTraits& traits);
+    /// Returns the phone's level.
+    Knob* addOutput(const QString& heading, const Output& output, const PhoneLevel& phone);
 };

@@ -48,10 +48,10 @@ void Panel::separator()
     root->addWidget(PanelWidgets::separator(this));
 }
 
-void Panel::start(std::initializer_list<const char*> restoreOrder)
+void Panel::start()
 {
     PanelWidgets::tabInReadingOrder(root);
     link.presetOutputGains();
     meters.start(this);
-    controls.restore(restoreOrder);
+    controls.restore();
 }

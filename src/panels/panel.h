@@ -7,8 +7,6 @@
 
 #include <QWidget>
 
-#include <initializer_list>
-
 class QBoxLayout;
 
 /// What a model's panel is made of: the link to the device and the INI file, strips of controls
@@ -34,9 +32,12 @@ protected:
     /// Puts unity into a cell of the mixer table; the first change sends it along.
     void presetRoute(std::size_t cell) { link.presetGain(cell, 1.0); }
 
-    /// Starts the read-outs and brings the saved values back in the order of these INI keys, which
-    /// must name all controls.
-    void start(std::initializer_list<const char*> restoreOrder);
+    /// Saved values come back in the order in which the controls were added. This one comes after
+    /// all so far.
+    void restoreLast(const Knob* knob) { controls.restoreLast(knob); }
+
+    /// Starts the read-outs and brings the saved values back.
+    void start();
 
 private:
     PanelStrip strip(const QString& heading, QMargins margins, Qt::Alignment alignment);

@@ -3,7 +3,6 @@
 #include "controls/button.h"
 #include "controls/knob.h"
 #include "driver/gain.h"
-#include "panels/output_volume.h"
 
 #include <QDebug>
 
@@ -12,20 +11,15 @@
 
 namespace {
 
-/// A debug line of a text and a toggle's state.
-void logState(const char* text, bool on, StateText stateText)
+constexpr int floorDb = -80;
+constexpr int dimDb = 20;
+
+/// What an output sounds at, in dB, when its knob says `dB`.
+int levelOf(const OutputWidgets& output, int dB)
 {
-    switch (stateText) {
-    case StateText::none:
-        qDebug() << text;
-        break;
-    case StateText::number:
-        qDebug() << text << (on ? 1 : 0);
-        break;
-    case StateText::word:
-        qDebug() << text << on;
-        break;
-    }
+    if (output.mute->on)
+        return floorDb;
+    return output.dim->on ? dB - dimDb : dB;
 }
 
 } // namespace
@@ -43,25 +37,28 @@ PanelControls::~PanelControls()
         restorer.control->blockSignals(true);
 }
 
-void PanelControls::bindKnob(Knob* knob, const char* key, int missing,
-                             std::function<void(int)> handler)
+PanelControls::Change PanelControls::bindKnob(Knob* knob, const char* key, int missing, Change send)
 {
-    QObject::connect(knob, &Knob::valueChangedSig, knob,
-                     [this, knob, key, handle = std::move(handler)](int value) {
-                         handle(value);
-                         link.store(key, knob->value);
-                     });
-    remember(knob, key, missing);
+    const Change change = [this, knob, key, send = std::move(send)](int value) {
+        send(value);
+        link.store(key, knob->value);
+    };
+    QObject::connect(knob, &Knob::valueChangedSig, knob, change);
+    knob->setObjectName(QLatin1String(key));
+    restorers.append(
+        {knob, [this, knob, key, missing] { knob->setValue(link.storedNumber(key, missing)); }});
+    return change;
 }
 
-void PanelControls::bindButton(Button* button, const char* key, std::function<void(bool)> handler)
+void PanelControls::bindButton(Button* button, const char* key, Toggle send)
 {
     QObject::connect(button, &Button::pressed, button,
-                     [this, button, key, handle = std::move(handler)](bool on) {
-                         handle(on);
+                     [this, button, key, send = std::move(send)](bool on) {
+                         send(on);
                          link.store(key, button->on);
                      });
-    remember(button, key);
+    button->setObjectName(QLatin1String(key));
+    restorers.append({button, [this, button, key] { button->setOn(link.storedSwitch(key)); }});
 }
 
 void PanelControls::bind(Knob* knob, const MicGain& gain)
@@ -77,7 +74,10 @@ void PanelControls::bind(Knob* knob, const MicGain& gain)
 void PanelControls::bind(Button* button, const InputSwitch& inputSwitch)
 {
     bindButton(button, inputSwitch.key, [this, button, inputSwitch](bool on) {
-        logState(inputSwitch.clicked, on, inputSwitch.clickedState);
+        if (inputSwitch.clickedWithState)
+            qDebug() << inputSwitch.clicked << on;
+        else
+            qDebug() << inputSwitch.clicked;
         if (!(link.device().*inputSwitch.command)(inputSwitch.channel, on ? 1 : 0)) {
             qDebug() << inputSwitch.failed;
             return;
@@ -90,60 +90,75 @@ void PanelControls::bind(Button* button, const InputSwitch& inputSwitch)
 
 void PanelControls::bind(Button* button, const Monitor& monitor)
 {
-    bindButton(button, monitor.key,
-               [this, cells = monitor.cells, setState = monitor.setState](bool on) {
-                   if (link.sendGain(cells, on ? 1.0 : 0.0))
-                       logState("Monitor Mic set to:", on, setState);
-                   else
-                       qDebug() << "Failed to set Monitor Mic.";
-               });
+    bindButton(button, monitor.key, [this, monitor](bool on) {
+        if (!link.sendGain(monitor.cells, on ? 1.0 : 0.0))
+            qDebug() << "Failed to set Monitor Mic.";
+        else if (monitor.stateAsNumber)
+            qDebug() << "Monitor Mic set to:" << (on ? 1 : 0);
+        else
+            qDebug() << "Monitor Mic set to:" << on;
+    });
 }
 
 void PanelControls::bind(Knob* knob, const PhoneLevel& level)
 {
     // The widget starts at silence, but a missing key means full phone level.
     constexpr int missing = 0;
-    bindKnob(knob, level.key, missing,
-             [this, cells = level.cells, set = level.set, failed = level.failed](int value) {
-                 const double gain = dbToGain(value);
-                 if (link.sendGain(cells, gain))
-                     qDebug() << set << gain;
-                 else
-                     qDebug() << failed;
-             });
+    bindKnob(knob, level.key, missing, [this, level](int value) {
+        const double gain = dbToGain(value);
+        if (link.sendGain(level.cells, gain))
+            qDebug() << level.set << gain;
+        else
+            qDebug() << level.failed;
+    });
 }
 
-void PanelControls::bind(const OutputControls& output, const OutputTraits& traits)
+void PanelControls::bind(const OutputWidgets& widgets, const Output& output)
 {
-    new OutputVolume(traits, link, output, output.volume);
-    remember(output.volume, traits.knobKey, output.volume->minimum);
-    remember(output.mute, traits.muteKey);
-    remember(output.dim, traits.dimKey);
+    Knob* const knob = widgets.volume;
+    const auto send = [this, widgets, output](int dB) {
+        if (output.changed != nullptr)
+            qDebug() << output.changed << dB;
+        const int level = levelOf(widgets, dB);
+        const double gain = dbToGain(level);
+        if (!link.sendGain(output.cells, gain))
+            qDebug() << output.failed;
+        else if (output.set != nullptr && output.setInDb)
+            qDebug() << output.set << level;
+        else if (output.set != nullptr)
+            qDebug() << output.set << gain;
+    };
+    const Change changeVolume = bindKnob(knob, output.volumeKey, knob->minimum, send);
+
+    const auto bindSwitch = [&](Button* button, const char* key, const char* clicked,
+                                bool changesToFloor) {
+        bindButton(button, key, [=, first = output.clickedFirst](bool on) {
+            const auto logClick = [=] {
+                if (clicked != nullptr)
+                    qDebug() << clicked << (on ? "ON" : "OFF");
+            };
+            if (first)
+                logClick();
+            changeVolume(on && changesToFloor ? floorDb : knob->value);
+            if (!first)
+                logClick();
+        });
+    };
+    // Where muting is logged it changes the volume to the floor, elsewhere to what it is. Only the
+    // `changed` line tells, as a muted output is silent either way: log readers know it so.
+    bindSwitch(widgets.mute, output.muteKey, output.muteClicked, output.muteClicked != nullptr);
+    bindSwitch(widgets.dim, output.dimKey, output.dimClicked, false);
 }
 
-void PanelControls::remember(Knob* knob, const char* key, int missing)
+void PanelControls::restoreLast(const Knob* knob)
 {
-    knob->setObjectName(QLatin1String(key));
-    restorers.append(
-        {knob, [this, knob, key, missing] { knob->setValue(link.storedNumber(key, missing)); }});
+    std::stable_partition(restorers.begin(), restorers.end(),
+                          [knob](const Restorer& restorer) { return restorer.control != knob; });
 }
 
-void PanelControls::remember(Button* button, const char* key)
+void PanelControls::restore()
 {
-    button->setObjectName(QLatin1String(key));
-    restorers.append({button, [this, button, key] { button->setOn(link.storedSwitch(key)); }});
-}
-
-void PanelControls::restore(std::initializer_list<const char*> keys)
-{
-    Q_ASSERT(static_cast<qsizetype>(keys.size()) == restorers.size());
-    for (const char* const key : keys) {
-        const auto found = std::find_if(restorers.cbegin(), restorers.cend(),
-                                        [name = QLatin1String(key)](const auto& restorer) {
-                                            return restorer.control->objectName() == name;
-                                        });
-        Q_ASSERT(found != restorers.cend());
-        found->restore();
-    }
+    for (const Restorer& restorer : std::as_const(restorers))
+        restorer.restore();
     qDebug() << "已从配置文件加载控件状态";
 }

@@ -7,40 +7,29 @@
 #include <QDebug>
 #include <QTimer>
 
-#include <utility>
-
 namespace {
 
 constexpr int meterInterval = 500;
 
-/// The mean of the phone's two channels. The sum wraps as 32-bit arithmetic does.
-double phoneLevelDb(std::int32_t left, std::int32_t right)
+/// The mean of these samples. The sum wraps as 32-bit arithmetic does.
+std::int32_t mean(const MeterBlock& block, const std::vector<std::size_t>& samples)
 {
-    const auto sum = static_cast<std::int32_t>(static_cast<std::uint32_t>(left) +
-                                               static_cast<std::uint32_t>(right));
-    return sampleToDb(sum / 2);
+    std::uint32_t sum = 0;
+    for (const std::size_t sample : samples)
+        sum += static_cast<std::uint32_t>(block[sample]);
+    return static_cast<std::int32_t>(sum) / static_cast<std::int32_t>(samples.size());
 }
 
 } // namespace
-
-LevelOf inputLevel(std::size_t input)
-{
-    return [input](const MeterBlock& levels) { return sampleToDb(levels[input]); };
-}
-
-LevelOf phoneLevel()
-{
-    return [](const MeterBlock& levels) { return phoneLevelDb(levels[2], levels[3]); };
-}
 
 PanelMeters::PanelMeters(PanelLink& panelLink)
     : link(panelLink)
 {
 }
 
-void PanelMeters::add(QLabel* readOut, LevelOf level)
+void PanelMeters::add(QLabel* readOut, const std::vector<std::size_t>& samples)
 {
-    entries.append({readOut, std::move(level)});
+    entries.append({readOut, samples});
 }
 
 void PanelMeters::start(QObject* panel)
@@ -57,5 +46,5 @@ void PanelMeters::update()
         return;
     }
     for (const Entry& entry : entries)
-        PanelWidgets::showLevel(entry.readOut, entry.level(block));
+        PanelWidgets::showLevel(entry.readOut, sampleToDb(mean(block, entry.samples)));
 }

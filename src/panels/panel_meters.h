@@ -4,27 +4,20 @@
 
 #include <QList>
 
-#include <functional>
+#include <vector>
 
 class PanelLink;
 class QLabel;
 class QObject;
 
-/// A level in dB full scale, out of the driver's block.
-using LevelOf = std::function<double(const MeterBlock& levels)>;
-
-/// The level of an input, by its number from 0 on.
-LevelOf inputLevel(std::size_t input);
-/// The level of the phone input: the mean of its two channels.
-LevelOf phoneLevel();
-
-/// The read-outs of a panel, brought up to date every 500 ms.
+/// The read-outs of a panel, brought up to date every 500 ms: levels in dB full scale.
 class PanelMeters
 {
 public:
     explicit PanelMeters(PanelLink& link);
 
-    void add(QLabel* readOut, LevelOf level);
+    /// Shows the mean of these samples of the driver's block.
+    void add(QLabel* readOut, const std::vector<std::size_t>& samples);
     /// The timer is a child of `panel`.
     void start(QObject* panel);
 
@@ -32,7 +25,7 @@ private:
     struct Entry
     {
         QLabel* readOut;
-        LevelOf level;
+        std::vector<std::size_t> samples;
     };
 
     void update();

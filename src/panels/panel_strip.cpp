@@ -19,11 +19,12 @@ PanelStrip::PanelStrip(PanelControls& panelControls, PanelMeters& panelMeters, Q
 {
 }
 
-void PanelStrip::add(const MicGain& gain)
+Knob* PanelStrip::add(const MicGain& gain)
 {
     Knob* const knob = gainKnob(gain.maximum, gain.displayOffset, layout->parentWidget());
     place(knob, heading + u' ' + gain.text);
     controls.bind(knob, gain);
+    return knob;
 }
 
 void PanelStrip::add(const InputSwitch& inputSwitch)
@@ -43,11 +44,12 @@ void PanelStrip::add(const Monitor& monitor)
     controls.bind(made, monitor);
 }
 
-void PanelStrip::add(const PhoneLevel& level)
+Knob* PanelStrip::add(const PhoneLevel& level)
 {
     Knob* const knob = phoneKnob(layout->parentWidget());
     place(knob, level.text);
     controls.bind(knob, level);
+    return knob;
 }
 
 void PanelStrip::add(const LevelReadOut& readOut)
@@ -55,20 +57,20 @@ void PanelStrip::add(const LevelReadOut& readOut)
     QLabel* const label = PanelWidgets::readOut(readOut.atStart);
     label->setAccessibleName((readOut.of.isEmpty() ? heading : readOut.of) + u' ' + readOut.text);
     layout->addWidget(label);
-    meters.add(label, readOut.level);
+    meters.add(label, readOut.samples);
 }
 
-void PanelStrip::add(const OutputTraits& traits, const OutputLook& look)
+void PanelStrip::add(const Output& output)
 {
-    const OutputControls output{volumeKnob(layout->parentWidget()),
-                                outputButton(look.mute, look.buttonStyle),
-                                outputButton(look.dim, look.buttonStyle)};
-    row().place(output.volume, heading + u' ' + look.volume);
-    caption(look.volume, look.captionStyle);
+    const OutputWidgets widgets{volumeKnob(layout->parentWidget()),
+                                outputButton(output.mute, output.buttonStyle),
+                                outputButton(output.dim, output.buttonStyle)};
+    row().place(widgets.volume, heading + u' ' + output.volume);
+    caption(output.volume, output.captionStyle);
     PanelStrip buttons = row();
-    buttons.place(output.mute, heading + u' ' + look.mute);
-    buttons.place(output.dim, heading + u' ' + look.dim);
-    controls.bind(output, traits);
+    buttons.place(widgets.mute, heading + u' ' + output.mute);
+    buttons.place(widgets.dim, heading + u' ' + output.dim);
+    controls.bind(widgets, output);
 }
 
 void PanelStrip::caption(const QString& text, const char* style)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "panels/output_volume.h"
 #include "panels/panel_controls.h"
 #include "panels/panel_meters.h"
 #include "panels/panel_widgets.h"
@@ -9,21 +8,11 @@
 
 class QBoxLayout;
 
-/// The look of an output's volume, mute and dim.
-struct OutputLook
-{
-    QString volume;
-    QString mute = QStringLiteral("MUTE");
-    QString dim = QStringLiteral("DIM");
-    int buttonStyle = 12;
-    const char* captionStyle = PanelWidgets::captionStyle;
-};
-
 /// A read-out. `text` names it for screen readers, after the strip or after `of`.
 struct LevelReadOut
 {
     QString text;
-    LevelOf level;
+    std::vector<std::size_t> samples; ///< slots of the driver's block, whose mean is shown
     QString of = {};
     QString atStart = QStringLiteral("-160 dB"); ///< shown until the first reading
 };
@@ -37,12 +26,12 @@ public:
     /// Adds to `layout`, which belongs to the panel already.
     PanelStrip(PanelControls& controls, PanelMeters& meters, QBoxLayout* layout, QString heading);
 
-    void add(const MicGain& gain);
+    Knob* add(const MicGain& gain);
     void add(const InputSwitch& inputSwitch);
     void add(const Monitor& monitor);
-    void add(const PhoneLevel& level);
+    Knob* add(const PhoneLevel& level);
     void add(const LevelReadOut& readOut);
-    void add(const OutputTraits& traits, const OutputLook& look);
+    void add(const Output& output);
     void caption(const QString& text, const char* style = PanelWidgets::captionStyle);
 
     /// Parts whose content stands in their middle; a spacing of -1 is the usual one.
