@@ -85,6 +85,7 @@ struct Output
     const char* dimClicked = nullptr;
 };
 
+/// What an output is operated with.
 struct OutputWidgets
 {
     Knob* volume;

@@ -60,8 +60,3 @@ QString TraceText::table(int handle, const QString& changedCells)
     const QString line = QStringLiteral("%1 table").arg(head(handle, tableCode));
     return changedCells.isEmpty() ? line : line + u' ' + changedCells;
 }
-
-QString TraceText::refused(const QString& line, std::uint32_t error)
-{
-    return line + QStringLiteral(" error=%1").arg(error);
-}

@@ -26,7 +26,4 @@ QString firmwareRequest(int handle);
 /// A mixer table, told by the cells that differ from the last one: "2048=1 2081=1".
 QString table(int handle, const QString& changedCells);
 
-/// The same line as the driver answered it with a Win32 error.
-QString refused(const QString& line, std::uint32_t error);
-
 } // namespace TraceText

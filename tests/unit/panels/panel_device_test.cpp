@@ -1,6 +1,8 @@
+#include "controls/knob.h"
 #include "panel_fixture.h"
 #include "support/test_main.h"
 
+#include <QLineEdit>
 #include <QTest>
 
 /// How each panel comes and goes with its device.
@@ -13,6 +15,7 @@ private slots:
     void noDevice();
     void destructionClosesTheDevice_data() { addModelRows(); }
     void destructionClosesTheDevice();
+    void destructionWhileTheEditorIsOpen();
 
 private:
     PanelFixture fixture;
@@ -40,6 +43,19 @@ void PanelDeviceTest::destructionClosesTheDevice()
     QCOMPARE(fixture.simulated.openHandles(), 1);
     fixture.panel.reset();
     QCOMPARE(fixture.simulated.settledHandles(0), 0);
+}
+
+void PanelDeviceTest::destructionWhileTheEditorIsOpen()
+{
+    const char* const key = "Dial/MicValue";
+    fixture.plug(SimulatorControl::ka1);
+    fixture.start(QStringLiteral("ka1"));
+    fixture.settle();
+    Knob* const knob = fixture.knob(key);
+    QTest::mouseDClick(knob, Qt::LeftButton, {}, knob->textRect.center());
+    QTest::keyClicks(knob->editor, "7");
+    fixture.panel.reset();
+    QCOMPARE(IniFile::read("ka1.ini").value(key), QString("0"));
 }
 
 QUORVEL_TEST_MAIN(PanelDeviceTest)

@@ -13,11 +13,6 @@
 
 namespace {
 
-bool isKnob(const char* key)
-{
-    return QLatin1String(key).startsWith(QLatin1String("Dial/"));
-}
-
 QList<QLabel*> readOutLabels(const QWidget& panel)
 {
     QList<QLabel*> found;
@@ -103,67 +98,11 @@ void PanelFixture::click(const char* key)
     QTest::mouseClick(button(key), Qt::LeftButton);
 }
 
-void PanelFixture::use(const char* key)
-{
-    if (isKnob(key))
-        wheel(key, true);
-    else
-        click(key);
-}
-
-void PanelFixture::checkMove(const char* iniFile)
-{
-    const char* key = QTest::currentDataTag();
-    QFETCH(const QStringList, trace);
-    QFETCH(const QStringList, lines);
-    QFETCH(const QString, stored);
-    QFETCH(const QStringList, backTrace);
-    QFETCH(const QStringList, backLines);
-    QFETCH(const QString, backStored);
-    use(key);
-    QCOMPARE(takeTrace(), trace);
-    QCOMPARE(log().take(), lines);
-    QCOMPARE(IniFile::read(iniFile).value(key), stored);
-    isKnob(key) ? wheel(key, false) : click(key);
-    QCOMPARE(takeTrace(), backTrace);
-    QCOMPARE(log().take(), backLines);
-    QCOMPARE(IniFile::read(iniFile).value(key), backStored);
-}
-
-void PanelFixture::checkRefusal(const char* iniFile)
-{
-    const char* key = QTest::currentDataTag();
-    QFETCH(const QStringList, lines);
-    QFETCH(const QString, stored);
-    simulated.control().fail(0xFFDC2040, SimulatorControl::always, 31);
-    use(key);
-    QCOMPARE(log().take(), lines);
-    QCOMPARE(IniFile::read(iniFile).value(key), stored);
-    QCOMPARE(isKnob(key) ? QString::number(knob(key)->value) : QVariant(button(key)->on).toString(),
-             stored);
-}
-
 QStringList PanelFixture::takeTrace()
 {
     QStringList lines = simulated.takeTrace();
     lines.removeAll(TraceText::request(1, 0xFFDC2074, 768));
     return lines;
-}
-
-void addMoveColumns()
-{
-    QTest::addColumn<QStringList>("trace");
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QStringList>("backTrace");
-    QTest::addColumn<QStringList>("backLines");
-    QTest::addColumn<QString>("backStored");
-}
-
-void addRefusalColumns()
-{
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QString>("stored");
 }
 
 void addModelRows()
@@ -172,25 +111,4 @@ void addModelRows()
     QTest::newRow("ka1") << SimulatorControl::ka1;
     QTest::newRow("ka2") << SimulatorControl::ka2;
     QTest::newRow("ks") << SimulatorControl::ks;
-}
-
-QStringList twice(const QStringList& lines)
-{
-    return lines + lines;
-}
-
-QString cellsAt(const QList<int>& cells, const char* gain)
-{
-    QStringList texts;
-    for (const int cell : cells)
-        texts.append(QStringLiteral("%1=%2").arg(cell).arg(QLatin1String(gain)));
-    return texts.join(u' ');
-}
-
-QString unityOutputs()
-{
-    QList<int> cells;
-    for (int cell = 8192; cell < 8288; ++cell)
-        cells.append(cell);
-    return cellsAt(cells, "1");
 }

@@ -54,13 +54,6 @@ public:
     /// One notch of a real wheel over the knob, upwards or downwards.
     void wheel(const char* key, bool up);
     void click(const char* key);
-    /// One notch up for a knob, a click for a button.
-    void use(const char* key);
-
-    /// Runs the present data row of addMoveColumns(); the tag is the control's key.
-    void checkMove(const char* iniFile);
-    /// Runs the present data row of addRefusalColumns(); the tag is the control's key.
-    void checkRefusal(const char* iniFile);
 
     /// The trace since the last call without the meter reads, which come by the clock.
     QStringList takeTrace();
@@ -70,22 +63,5 @@ private:
     StreamCapture<wchar_t> wideOutput{std::wcout};
 };
 
-/// The columns of a table of moves: what a user's hand on a control sends, logs and stores, and
-/// the same for the way back (one notch down, or the second click).
-void addMoveColumns();
-
-/// The columns of a table of refusals: what the log says to a move while the device takes no
-/// mixer table, and what is stored all the same.
-void addRefusalColumns();
-
 /// A row for each model, tagged with its name, in the column "productId".
 void addModelRows();
-
-/// One click reaches the device twice: the button emits its signal twice.
-QStringList twice(const QStringList& lines);
-
-/// "128=1 161=1 ..." for these cells.
-QString cellsAt(const QList<int>& cells, const char* gain);
-
-/// The 96 output gains at unity.
-QString unityOutputs();
