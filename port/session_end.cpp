@@ -1,37 +1,30 @@
 #include "platform/session_end.h"
 
-#include "platform/event_loop_end.h"
 #include "port/file_descriptor.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
 
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <fcntl.h>
-#include <thread>
+#include <cstdint>
+#include <sys/eventfd.h>
+#include <utility>
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto patience = 10s;
 constexpr std::array endSignals = {SIGTERM, SIGHUP, SIGINT};
 
-enum class Note : char { endRequested, listenerGoes };
-
-/// Where the handler writes; a signal handler reaches nothing but what is static.
-std::atomic<int> noteEntry = -1;
-
-void leaveNote(int descriptor, Note note)
-{
-    while (::write(descriptor, &note, sizeof note) < 0 && errno == EINTR) {
-    }
-}
+/// Counts the signals; a handler reaches nothing but what is static.
+std::atomic<int> counter = -1;
 
 void onSignal(int)
 {
     const int error = errno;
-    leaveNote(noteEntry, Note::endRequested);
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(counter, &one, sizeof one);
     errno = error;
 }
 
@@ -40,8 +33,9 @@ void onSignal(int)
 class SignalHandlers
 {
 public:
-    SignalHandlers()
+    explicit SignalHandlers(int eventCounter)
     {
+        counter = eventCounter;
         struct sigaction action = {};
         action.sa_handler = onSignal;
         action.sa_flags = SA_RESTART;
@@ -68,49 +62,32 @@ private:
 class SessionEnd::Listener
 {
 public:
-    Listener()
+    explicit Listener(std::function<void()> beforeTheEnd)
+        : prepare(std::move(beforeTheEnd))
     {
-        std::array<int, 2> ends = {-1, -1};
-        if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-            return;
-        exit = FileDescriptor(ends[0]);
-        entry = FileDescriptor(ends[1]);
-        noteEntry = entry.get();
-        thread = std::thread([this] { listen(); });
-        handlers = std::make_unique<SignalHandlers>();
-    }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-    ~Listener()
-    {
-        if (!thread.joinable())
-            return;
-        handlers.reset();
-        loop.finish();
-        leaveNote(entry.get(), Note::listenerGoes);
-        thread.join();
+        QObject::connect(&notifier, &QSocketNotifier::activated, [this] { takeSignals(); });
     }
 
 private:
-    void listen()
+    void takeSignals()
     {
-        Note note = {};
-        while (::read(exit.get(), &note, sizeof note) >= 0 || errno == EINTR) {
-            if (note == Note::listenerGoes)
-                return;
-            loop.endAndWait(patience);
-        }
+        std::uint64_t count = 0;
+        // A read that was interrupted is repeated: the notifier goes on as long as there is
+        // something to read.
+        if (::read(signalled.get(), &count, sizeof count) != sizeof count)
+            return;
+        prepare();
+        QCoreApplication::exit(0);
     }
 
-    EventLoopEnd loop;
-    FileDescriptor exit;
-    FileDescriptor entry;
-    std::thread thread;
-    std::unique_ptr<SignalHandlers> handlers;
+    std::function<void()> prepare;
+    FileDescriptor signalled{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    QSocketNotifier notifier{signalled.get(), QSocketNotifier::Read};
+    SignalHandlers handlers{signalled.get()};
 };
 
-SessionEnd::SessionEnd()
-    : listener(std::make_unique<Listener>())
+SessionEnd::SessionEnd(std::function<void()> beforeTheEnd)
+    : listener(std::make_unique<Listener>(std::move(beforeTheEnd)))
 {
 }
 

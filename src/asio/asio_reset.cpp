@@ -1,18 +1,21 @@
 #include "asio/asio_reset.h"
 
-#include "platform/endable_wait.h"
+#include "platform/call_timeout.h"
 #include "platform/scoped_handle.h"
 #include "platform/win32.h"
 
 #include <QDebug>
 
+#include <chrono>
+
 namespace {
+
+constexpr std::chrono::seconds writeTimeout(2);
 
 /// ERROR_SUCCESS or the reason why the byte was not taken.
 DWORD writeByte(HANDLE pipe, char byte)
 {
-    // A driver that does not read must not hold up the end of the program.
-    const EndableWait wait;
+    const CallTimeout timeout(writeTimeout);
     DWORD written = 0;
     return WriteFile(pipe, &byte, sizeof byte, &written, nullptr) != 0 ? DWORD{ERROR_SUCCESS}
                                                                        : GetLastError();

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "platform/scoped_handle.h"
 
 #include <QByteArray>
 #include <QString>
-
-#include <functional>
 
 /// The server side of one message pipe: one client and one message at a time. Every call blocks
 /// and is told in one debug line. Not thread-safe.
@@ -14,13 +12,8 @@ class PipeEndpoint
 public:
     static constexpr DWORD messageSize = 1024; ///< bytes that readMessage() takes at the most
 
-    /// Is told true right before a call waits in the system, where it holds nothing that other
-    /// threads need, and false right after; in the thread that waits.
-    using WaitWatch = std::function<void(bool waits)>;
-
     /// Creates nothing yet. The path is a full one, such as "\\.\pipe\NAME".
-    explicit PipeEndpoint(
-        const QString& path, WaitWatch watch = [](bool) {});
+    explicit PipeEndpoint(const QString& path);
     ~PipeEndpoint();
     PipeEndpoint(const PipeEndpoint&) = delete;
     PipeEndpoint& operator=(const PipeEndpoint&) = delete;
@@ -40,21 +33,14 @@ public:
     void dropClient();
 
     /// Ends the wait that another thread is in; it fails with error 995. Harmless otherwise. May
-    /// be called from any thread while the pipe is neither created nor closed, like knock().
+    /// be called from any thread while the pipe is neither created nor closed.
     void cancelWait();
-
-    /// Comes as a client and leaves at once, which ends a wait for clients where the system does
-    /// not cancel it.
-    void knock();
 
     void closePipe();
 
 private:
     bool connectClient();
-    /// The error of a call that may wait.
-    template <typename Call> DWORD errorOf(Call call) const;
 
     QString name;
-    WaitWatch waitWatch;
-    HANDLE handle = INVALID_HANDLE_VALUE;
+    ScopedHandle pipe{INVALID_HANDLE_VALUE};
 };

@@ -7,23 +7,19 @@
 #include <QtEndian>
 
 #include <array>
-#include <cstdlib>
 
 namespace {
 
-constexpr unsigned long clientPause = 100; // ms, between two clients
-constexpr unsigned long nudge = 10;        // ms, between two attempts to end a wait
-constexpr int gentleTime = 200;            // ms, in which only cancelling is tried
-constexpr int longestTry = 350;            // ms, then the thread is terminated
-constexpr unsigned long lastWait = 100;    // ms, for a terminated thread
+constexpr unsigned long clientPause = 100;  // ms, between two clients
+constexpr unsigned long retryInterval = 10; // ms, between two attempts to end a wait
+constexpr int endTimeout = 2000;            // ms
 constexpr std::size_t fieldCount = 5;
 
 } // namespace
 
 ThreadSettingsPip::ThreadSettingsPip(QObject* parent)
     : QThread(parent)
-    , pipe(std::make_unique<PipeEndpoint>(QStringLiteral(R"(\\.\pipe\QuorvelASIOToPannel)"),
-                                          [](bool waits) { setTerminationEnabled(waits); }))
+    , pipe(std::make_unique<PipeEndpoint>(QStringLiteral(R"(\\.\pipe\QuorvelASIOToPannel)")))
 {
     if (pipe->createPipe())
         qDebug() << "ThreadSettingsPip initialized.";
@@ -33,20 +29,11 @@ ThreadSettingsPip::ThreadSettingsPip(QObject* parent)
 
 ThreadSettingsPip::~ThreadSettingsPip()
 {
-    // Without its object the thread would take the process down, and whoever waits for it waits
-    // for ever. The process is on its way out and all settings are saved, so it ends here.
-    if (!stop())
-        std::_Exit(EXIT_SUCCESS);
-    // The flag passes on what the thread has written, also to tools that do not see into its end.
-    if (workerIsKnown)
-        worker.reset(nullptr);
+    end();
 }
 
 void ThreadSettingsPip::run()
 {
-    setTerminationEnabled(false);
-    worker.reset(OpenThread(THREAD_TERMINATE, FALSE, GetCurrentThreadId()));
-    workerIsKnown = true;
     while (isRunning() && !stopping) {
         qDebug() << "ThreadSettingsPip is running waiting Asio Info...";
         serveClient();
@@ -75,23 +62,15 @@ void ThreadSettingsPip::serveClient()
     }
 }
 
-/// False when the thread could not be ended.
-bool ThreadSettingsPip::stop()
+bool ThreadSettingsPip::end()
 {
     stopping = true;
-    const QDeadlineTimer gentle(gentleTime);
-    const QDeadlineTimer deadline(longestTry);
+    const QDeadlineTimer deadline(endTimeout);
     // Repeated, because a cancellation finds nothing when the thread is just about to wait.
-    while (!wait(nudge)) {
-        if (deadline.hasExpired()) {
-            terminate();
-            return wait(lastWait);
-        }
-        if (workerIsKnown)
-            CancelSynchronousIo(worker.get());
+    do {
         pipe->cancelWait();
-        if (gentle.hasExpired())
-            pipe->knock();
-    }
-    return true;
+        if (wait(retryInterval))
+            return true;
+    } while (!deadline.hasExpired());
+    return false;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/scoped_handle.h"
-
 #include <QThread>
 
 #include <atomic>
@@ -18,9 +16,12 @@ class ThreadSettingsPip : public QThread
 public:
     /// Creates the pipe; a thread without one can still be started and reports it at its pace.
     explicit ThreadSettingsPip(QObject* parent);
-    /// Ends the loop wherever it waits, and only then closes the pipe. Takes less than half a
-    /// second, whatever the system refuses: if it comes to the worst, the process ends with 0.
+    /// Ends the loop if end() has not done so, and only then closes the pipe. A thread that does
+    /// not end must not be destroyed.
     ~ThreadSettingsPip() override;
+
+    /// Ends the loop wherever it waits. False when the thread still runs after two seconds.
+    bool end();
 
 signals:
     /// A message asked for the dialog; the value is always 1.
@@ -31,10 +32,7 @@ protected:
 
 private:
     void serveClient();
-    bool stop();
 
     std::unique_ptr<PipeEndpoint> pipe;
     std::atomic<bool> stopping = false;
-    ScopedHandle worker; ///< The thread itself, set by run() ahead of workerIsKnown.
-    std::atomic<bool> workerIsKnown = false;
 };

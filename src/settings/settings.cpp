@@ -37,6 +37,11 @@ Settings::~Settings()
     usbErrorTimer->stop();
     device.reset();
     qDebug() << "Settings dialog closed and resources cleaned up.";
+    // A thread that the system does not let go of stays behind, since it works on its object, and
+    // ends with the process.
+    auto* thread = findChild<ThreadSettingsPip*>();
+    if (!thread->end())
+        thread->setParent(nullptr);
 }
 
 void Settings::buildLayout()

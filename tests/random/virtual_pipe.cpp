@@ -64,7 +64,7 @@ bool VirtualPipe::cancel()
         return false;
     cancelled = true;
     changed.notify_all();
-    // The program gives its thread half a second of real time to end, of which a busy machine may
+    // The program gives its thread two seconds of real time to end, of which a busy machine may
     // leave nothing to the thread.
     changed.wait_for(lock, std::chrono::seconds(60), [this] { return threadHasEnded; });
     return true;

@@ -6,54 +6,17 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <sys/eventfd.h>
 #include <unistd.h>
-
-using RecordedPlatform::Cancelling;
 
 namespace {
 
-QMutex mutex; ///< Of everything here but the waiting itself.
+QMutex mutex; ///< Of everything here.
 RecordedPlatform::Script script;
 RecordedPlatform::Answer answer;
 QByteArray input;
 QStringList calls;
 std::uintptr_t lastHandle = 0;
-bool pipeExists = false;
 thread_local DWORD lastError = ERROR_SUCCESS;
-
-/// Where a thread waits for a client or a message.
-class Wait
-{
-public:
-    /// Waits until end() is called and returns its reason.
-    DWORD enter()
-    {
-        setWaiting();
-        std::uint64_t reason = 0;
-        static_cast<void>(::read(event, &reason, sizeof reason) == sizeof reason);
-        return static_cast<DWORD>(reason);
-    }
-
-    /// False when nobody waits. The mutex is held.
-    bool end(std::uint64_t reason)
-    {
-        return std::exchange(waiting, false) &&
-               ::write(event, &reason, sizeof reason) == sizeof reason;
-    }
-
-private:
-    void setWaiting()
-    {
-        const QMutexLocker lock(&mutex);
-        waiting = true;
-    }
-
-    int event = ::eventfd(0, EFD_CLOEXEC);
-    bool waiting = false;
-};
-
-Wait pipeWait;
 
 QString text(LPCVOID pointer)
 {
@@ -76,19 +39,10 @@ BOOL result(DWORD error)
     return error == ERROR_SUCCESS ? TRUE : FALSE;
 }
 
-HANDLE handleOr(HANDLE failed, DWORD error)
+HANDLE newHandle(DWORD error)
 {
     lastError = error;
-    return error == ERROR_SUCCESS ? std::bit_cast<HANDLE>(lastHandle += 4) : failed;
-}
-
-BOOL cancel(Cancelling way)
-{
-    if (way == Cancelling::refuses)
-        return result(ERROR_ACCESS_DENIED);
-    if (way == Cancelling::pretends || pipeWait.end(ERROR_OPERATION_ABORTED))
-        return result(ERROR_SUCCESS);
-    return result(ERROR_NOT_FOUND);
+    return error == ERROR_SUCCESS ? std::bit_cast<HANDLE>(lastHandle += 4) : INVALID_HANDLE_VALUE;
 }
 
 } // namespace
@@ -101,7 +55,6 @@ void RecordedPlatform::reset(const Script& wanted)
     input.clear();
     calls.clear();
     lastHandle = 0;
-    pipeExists = false;
 }
 
 void RecordedPlatform::answerRequests(const Answer& wanted)
@@ -135,11 +88,8 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
     calls.append(QStringList{"CreateFileW", QString::fromWCharArray(path), hex(access), hex(share),
                              text(security), hex(disposition), hex(flags), text(templateFile)}
                      .join(u' '));
-    DWORD error =
-        script.openErrors.isEmpty() ? DWORD{ERROR_SUCCESS} : script.openErrors.takeFirst();
-    if (pipeExists && (script.silentClient || !pipeWait.end(ERROR_PIPE_CONNECTED)))
-        error = ERROR_PIPE_BUSY;
-    return handleOr(INVALID_HANDLE_VALUE, error);
+    return newHandle(script.openErrors.isEmpty() ? DWORD{ERROR_SUCCESS}
+                                                 : script.openErrors.takeFirst());
 }
 
 HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD mostInstances,
@@ -152,8 +102,7 @@ HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD most
         words.append(QString::number(value));
     words.append(text(security));
     calls.append(words.join(u' '));
-    pipeExists = script.createError == ERROR_SUCCESS;
-    return handleOr(INVALID_HANDLE_VALUE, script.createError);
+    return newHandle(script.createError);
 }
 
 BOOL CloseHandle(HANDLE handle)
@@ -190,9 +139,7 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID request, DWORD requestSiz
 BOOL ConnectNamedPipe(HANDLE pipe, LPOVERLAPPED overlapped)
 {
     RecordedPlatform::note("ConnectNamedPipe " + number(pipe) + ' ' + text(overlapped));
-    if (pipe == INVALID_HANDLE_VALUE)
-        return result(ERROR_INVALID_HANDLE);
-    return result(script.silentClient ? DWORD{ERROR_PIPE_CONNECTED} : pipeWait.enter());
+    return result(pipe == INVALID_HANDLE_VALUE ? ERROR_INVALID_HANDLE : ERROR_PIPE_CONNECTED);
 }
 
 BOOL DisconnectNamedPipe(HANDLE pipe)
@@ -201,12 +148,12 @@ BOOL DisconnectNamedPipe(HANDLE pipe)
     return result(ERROR_SUCCESS);
 }
 
-BOOL ReadFile(HANDLE file, LPVOID, DWORD length, LPDWORD, LPOVERLAPPED overlapped)
+BOOL ReadFile(HANDLE file, LPVOID, DWORD length, LPDWORD read, LPOVERLAPPED overlapped)
 {
     RecordedPlatform::note("ReadFile " + number(file) + ' ' + QString::number(length) + ' ' +
                            text(overlapped));
-    // Who connects without being the silent client parts at once.
-    return result(script.silentClient ? pipeWait.enter() : DWORD{ERROR_BROKEN_PIPE});
+    *read = 0;
+    return result(ERROR_SUCCESS);
 }
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD length, LPDWORD, LPOVERLAPPED overlapped)
@@ -227,20 +174,17 @@ HANDLE OpenThread(DWORD access, BOOL inherit, DWORD threadId)
     const QMutexLocker lock(&mutex);
     calls.append("OpenThread " + hex(access) + ' ' + QString::number(inherit) + ' ' +
                  (threadId == GetCurrentThreadId() ? "self" : "other"));
-    return handleOr(nullptr,
-                    script.threadsOpen ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_ACCESS_DENIED});
+    return newHandle(ERROR_SUCCESS);
 }
 
 BOOL CancelSynchronousIo(HANDLE thread)
 {
-    const QMutexLocker lock(&mutex);
-    calls.append("CancelSynchronousIo " + number(thread));
-    return thread == nullptr ? result(ERROR_INVALID_HANDLE) : cancel(script.byThread);
+    RecordedPlatform::note("CancelSynchronousIo " + number(thread));
+    return result(ERROR_NOT_FOUND);
 }
 
 BOOL CancelIoEx(HANDLE file, LPOVERLAPPED overlapped)
 {
-    const QMutexLocker lock(&mutex);
-    calls.append("CancelIoEx " + number(file) + ' ' + text(overlapped));
-    return cancel(script.byPipe);
+    RecordedPlatform::note("CancelIoEx " + number(file) + ' ' + text(overlapped));
+    return result(ERROR_NOT_FOUND);
 }

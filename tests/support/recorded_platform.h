@@ -8,22 +8,15 @@
 
 /// A platform that notes each call with its arguments and answers as it is told, for what no real
 /// system refuses on request. A test program that links recorded_platform.cpp gets these calls in
-/// place of the system's. Handles are 4, 8, 12 and so on, in the order in which they are opened.
+/// place of the system's, and nobody waits in them: a client has always come to a pipe that was
+/// created. Handles are 4, 8, 12 and so on, in the order in which they are opened.
 namespace RecordedPlatform {
-
-/// `pretends` reports success and does nothing.
-enum class Cancelling { works, refuses, pretends };
 
 struct Script
 {
     QList<std::uint32_t> openErrors; ///< of CreateFileW, a call each; 0 and those after succeed
     std::uint32_t createError = 0;   ///< of CreateNamedPipeW
     std::uint32_t writeError = 0;    ///< of WriteFile
-    bool threadsOpen = true;         ///< OpenThread
-    Cancelling byThread = Cancelling::works;
-    Cancelling byPipe = Cancelling::works;
-    /// A client that never sends holds the pipe. Without it the pipe has no client.
-    bool silentClient = false;
 };
 
 /// What DeviceIoControl does: throws, refuses with an error, or puts the reply into the output,

@@ -1,7 +1,6 @@
 #include "pip_stage.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTest>
 
 namespace {
@@ -38,14 +37,6 @@ void PipStage::start()
     log().clear();
     thread->start(QThread::InheritPriority);
     waitForLines(1);
-}
-
-qint64 PipStage::stop()
-{
-    QElapsedTimer timer;
-    timer.start();
-    thread.reset();
-    return timer.elapsed();
 }
 
 QStringList PipStage::waitFor(const std::function<bool(const QStringList&)>& enough)

@@ -29,9 +29,6 @@ public:
     void create();
     /// create(), then waits until the thread has written its first line, which is forgotten.
     void start();
-    /// Destroys the thread and returns how many milliseconds that took.
-    qint64 stop();
-
     /// Waits until `count` lines have come since the last call, and takes all that are there. After
     /// ten seconds it takes those that came.
     QStringList waitForLines(qsizetype count);

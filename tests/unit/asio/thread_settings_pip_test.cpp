@@ -264,7 +264,7 @@ void ThreadSettingsPipTest::pipeCouldNotBeCreated()
     QTest::qWait(2050);
     const QStringList lines = stage->log().take();
     const qint64 elapsed = timer.elapsed();
-    stage->stop();
+    stage->thread.reset();
     watch.reset();
     QVERIFY2(shortest >= 99 && shortest < 150, qPrintable(QString::number(shortest)));
     const qsizetype passes = lines.count(PipStage::running);
