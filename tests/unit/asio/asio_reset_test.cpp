@@ -47,10 +47,7 @@ void AsioResetTest::busyServer()
     PipePeer::Server server(PipePeer::resetPipe);
     PipePeer::Client other(PipePeer::resetPipe);
     QCOMPARE(other.tryConnect(), DWORD{ERROR_SUCCESS});
-    QElapsedTimer timer;
-    timer.start();
     sendAsioReset();
-    QVERIFY(timer.elapsed() < 1000); // No waiting for the pipe to become free.
     QCOMPARE(log->take(), QStringList{"Error: Could not open pipe. Error code: 231"});
 }
 

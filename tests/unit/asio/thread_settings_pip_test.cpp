@@ -183,7 +183,6 @@ void ThreadSettingsPipTest::twentyClientsInARow()
     QCOMPARE(stage->takeSignals(), QList<int>(clients / 2, 1));
     // The clock of the sleep may be up to a millisecond off.
     QVERIFY2(elapsed >= (clients - 1) * (pause - 1), qPrintable(QString::number(elapsed)));
-    QVERIFY2(elapsed < 2 * clients * pause, qPrintable(QString::number(elapsed)));
 }
 
 void ThreadSettingsPipTest::pauseHasNoPipe()
@@ -198,9 +197,11 @@ void ThreadSettingsPipTest::pauseHasNoPipe()
 void ThreadSettingsPipTest::clientOpensAndCloses()
 {
     stage->start();
+    QVERIFY(PipStage::serve("x"));
+    stage->waitForPasses(1);
     for (int round = 0; round < 3; ++round) {
         PipePeer::Client client(PipePeer::settingsPipe);
-        QTest::qWait(300); // Now the thread waits.
+        // Gets in only when the thread waits, since it has parted with the client before.
         QCOMPARE(client.connect(), DWORD{ERROR_SUCCESS});
         client.close();
         QCOMPARE(stage->waitForPasses(1), (QStringList{"Error reading from pipe. Error code: 109",
@@ -261,15 +262,11 @@ void ThreadSettingsPipTest::pipeCouldNotBeCreated()
         last = now;
     });
     stage->thread->start();
-    QTest::qWait(2050);
-    const QStringList lines = stage->log().take();
-    const qint64 elapsed = timer.elapsed();
+    const QStringList lines = stage->waitForPasses(10);
     stage->thread.reset();
     watch.reset();
-    QVERIFY2(shortest >= 99 && shortest < 150, qPrintable(QString::number(shortest)));
-    const qsizetype passes = lines.count(PipStage::running);
-    QVERIFY2(passes <= elapsed / 99 + 1, qPrintable(QString::number(passes)));
-    QVERIFY2(passes >= elapsed / 200, qPrintable(QString::number(passes)));
+    QVERIFY2(shortest >= 99, qPrintable(QString::number(shortest)));
+    QVERIFY(lines.count(PipStage::running) >= 10);
     const QStringList pass{PipStage::running, "Error connecting to pipe. Error code: 6",
                            PipStage::nothing};
     for (qsizetype i = 0; i < lines.size(); ++i)
