@@ -14,6 +14,7 @@ namespace {
 
 const QString mainWindow = QStringLiteral("^Quorvel KA1 ");
 const QString settingsDialog = QStringLiteral("^Settings$");
+const QString gainSet = QStringLiteral("Mic volume set to: ");
 
 } // namespace
 
@@ -204,11 +205,9 @@ bool EndStates::blockReset()
         return false;
     const QString opened = QStringLiteral("Pipe opened successfully.");
     // The return key presses "OK"; a busy Wine may not yet have given the dialog the keyboard.
-    const bool pressed = waitUntil([&] {
+    return waitUntil([&] {
         return typeIntoDialog(QStringLiteral("Return")) && panel().waitForLine(opened, 1, 3s);
     });
-    QThread::msleep(500);
-    return pressed && panel().debugLines().last() == opened;
 }
 
 bool EndStates::typeIntoDialog(const QString& key)
@@ -233,20 +232,43 @@ bool EndStates::openComboList()
         10s);
 }
 
+std::optional<QPoint> EndStates::firstKnob()
+{
+    std::optional<QPoint> knob;
+    waitUntil(
+        [&] {
+            const auto window = Desktop::window(mainWindow).value_or(DesktopWindow());
+            const auto knobs = knobsIn(PanelSession::pictureOf(window));
+            if (!knobs.isEmpty())
+                knob = window.area.topLeft() + knobs.first();
+            return knob.has_value();
+        },
+        10s);
+    return knob;
+}
+
 bool EndStates::openKnobEditor()
 {
     if (!showWindow())
         return false;
-    QPoint knob;
-    const bool drawn = waitUntil(
-        [&] {
-            const auto window = Desktop::window(mainWindow).value_or(DesktopWindow());
-            const auto knobs = knobsIn(PanelSession::pictureOf(window));
-            knob = window.area.topLeft() + knobs.value(0);
-            return !knobs.isEmpty();
-        },
-        10s);
-    return drawn && Desktop::doubleClick(knob) && Desktop::type(QStringLiteral("5"));
+    const auto knob = firstKnob();
+    return knob && Desktop::doubleClick(*knob) && Desktop::type(QStringLiteral("5"));
+}
+
+bool EndStates::changeGain()
+{
+    if (!showWindow())
+        return false;
+    const auto knob = firstKnob();
+    return knob && Desktop::wheel(*knob, 12) && panel().waitForLine(gainSet + QStringLiteral("12"));
+}
+
+QString EndStates::flawOfTheGain()
+{
+    const QString told = panel().debugLines().filter(gainSet).last().mid(gainSet.size());
+    const QString stored =
+        session().storedValue(QStringLiteral("ka1.ini"), QStringLiteral("Dial/MicValue"));
+    return stored == told ? QString() : told + QStringLiteral(" told, stored ") + stored;
 }
 
 bool EndStates::startOnly()

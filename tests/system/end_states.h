@@ -22,6 +22,11 @@ protected:
     /// No icon and no connection to the device is left. Otherwise what there is.
     QString leftBehind();
 
+    /// Starts the panel with a KA1 and turns its first knob, which is stored at once.
+    bool changeGain();
+    /// What was told last of that knob is stored. Otherwise what is wrong.
+    QString flawOfTheGain();
+
     /// Plays the ASIO driver with the tool for that, until the next state.
     bool startPeer(const QStringList& words, const QString& awaitedLine);
 
@@ -44,6 +49,7 @@ private:
     bool blockReset();
     bool typeIntoDialog(const QString& key);
     bool openComboList();
+    std::optional<QPoint> firstKnob();
     bool openKnobEditor();
     bool startOnly();
 

@@ -182,12 +182,14 @@ void SystemUpgrade::visibleWindowsLeadToTheEnd()
 
 void SystemUpgrade::sessionEnds()
 {
-    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
-    // Wine's own end of the session, which terminates each program as soon as it has answered.
+    QVERIFY(changeGain());
+    // Wine's own end of the session, which terminates each program as soon as it has answered:
+    // nothing that was set may be lost by that.
     const QStringList words = Target::command(QStringLiteral("wineboot"))
                               << QStringLiteral("--end-session");
     QVERIFY(runTool(words.first(), words.mid(1), folder().environment()).has_value());
-    QCOMPARE(flawOfTheEnd(), QString());
+    QVERIFY(panel().waitForEnd());
+    QCOMPARE(flawOfTheGain(), QString());
 }
 
 QUORVEL_TEST_MAIN(SystemUpgrade)
