@@ -109,8 +109,7 @@ import ctypes, os, sys
 name = os.environ["QUORVEL_FOLDER"] + "/qipc_mark"
 open(name, "w").close()
 libc = ctypes.CDLL(None)
-status = os.stat(name)
-key = ctypes.c_int(status.st_ino + status.st_dev * 2654435761)
+key = ctypes.c_int(os.stat(name).st_ino)
 print(libc.shmget(key, 1, 0o1600), libc.semget(key, 1, 0o1600))
 # What other programs may have, whose key is like this one but for the upper bits.
 other = ctypes.c_int(key.value ^ 1 << 24)
