@@ -3,72 +3,22 @@
 #include "port/device_wire.h"
 #include "port/local_socket.h"
 #include "port/runtime_folder.h"
+#include "port/thread_wait.h"
 
+#include <algorithm>
 #include <cerrno>
-
-namespace {
-
-constexpr std::chrono::milliseconds longestClosing(500);
-
-/// Sends one request and receives its answer. False when the serving process is gone.
-bool ask(int socket, const DeviceRequest& request, const void* input, void* output,
-         DeviceAnswer& answer)
-{
-    if (!sendMessage(socket, &request, sizeof request, input, request.inputLength))
-        return false;
-    const ssize_t received =
-        receiveMessage(socket, &answer, sizeof answer, output, request.outputLength);
-    return received >= static_cast<ssize_t>(sizeof answer) &&
-           static_cast<std::size_t>(received) == sizeof answer + answer.returned;
-}
-
-DWORD openError(int systemError)
-{
-    switch (systemError) {
-    case ENOENT:
-    case ENOTDIR:
-    case ECONNREFUSED:
-        return ERROR_FILE_NOT_FOUND;
-    case ENAMETOOLONG:
-        return ERROR_FILENAME_EXCED_RANGE;
-    case EACCES:
-    case EPERM:
-        return ERROR_ACCESS_DENIED;
-    default:
-        return ERROR_GEN_FAILURE;
-    }
-}
-
-} // namespace
+#include <poll.h>
+#include <vector>
 
 DeviceObject::DeviceObject(FileDescriptor connection)
     : socket(std::move(connection))
 {
 }
 
-std::shared_ptr<DeviceObject> DeviceObject::open(const std::string& name, DWORD& error)
+std::shared_ptr<DeviceObject> DeviceObject::open(const std::string& name)
 {
-    FileDescriptor connection = connectSocket(runtimeFolder() + "/dev/" + name, true);
-    if (!connection.isValid()) {
-        error = openError(errno);
-        return nullptr;
-    }
-    DeviceAnswer answer = {};
-    if (!ask(connection.get(), {DeviceCall::open, 0, 0, 0}, nullptr, nullptr, answer)) {
-        error = ERROR_FILE_NOT_FOUND; // The device went away while it was being opened.
-        return nullptr;
-    }
-    error = answer.error;
-    if (error != ERROR_SUCCESS)
-        return nullptr;
-    return std::shared_ptr<DeviceObject>(new DeviceObject(std::move(connection)));
-}
-
-DeviceObject::~DeviceObject()
-{
-    limitWaiting(socket.get(), longestClosing);
-    DeviceAnswer answer = {};
-    ask(socket.get(), {DeviceCall::close, 0, 0, 0}, nullptr, nullptr, answer);
+    FileDescriptor connection = connectSocket(SOCK_SEQPACKET, runtimeFolder() + "/dev/" + name);
+    return connection.isValid() ? std::make_shared<DeviceObject>(std::move(connection)) : nullptr;
 }
 
 DWORD DeviceObject::control(DWORD code, const void* input, DWORD inputLength, void* output,
@@ -77,10 +27,38 @@ DWORD DeviceObject::control(DWORD code, const void* input, DWORD inputLength, vo
     if (inputLength > largestTransfer || outputLength > largestTransfer)
         return ERROR_NO_SYSTEM_RESOURCES;
     const std::lock_guard lock(mutex);
+    const DWORD error = send(code, input, inputLength, outputLength);
+    return error == ERROR_SUCCESS ? receive(output, outputLength, returned) : error;
+}
+
+DWORD DeviceObject::send(DWORD code, const void* input, DWORD inputLength, DWORD outputLength)
+{
+    const DeviceRequest request = {++number, code, inputLength, outputLength};
+    while (!sendMessage(socket.get(), &request, sizeof request, input, inputLength)) {
+        if (errno != EAGAIN)
+            return ERROR_DEVICE_NOT_CONNECTED;
+        if (!ThreadWait::current().wait(socket.get(), POLLOUT))
+            return ERROR_OPERATION_ABORTED;
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD DeviceObject::receive(void* output, DWORD outputLength, DWORD& returned)
+{
+    // Not at once into the caller's: it may be the late answer to a cancelled request.
+    std::vector<std::uint8_t> bytes(outputLength);
     DeviceAnswer answer = {};
-    if (!ask(socket.get(), {DeviceCall::control, code, inputLength, outputLength}, input, output,
-             answer))
+    ssize_t length = 0;
+    while (answer.number != number) {
+        if (!ThreadWait::current().wait(socket.get(), POLLIN))
+            return ERROR_OPERATION_ABORTED;
+        length = receiveMessage(socket.get(), &answer, sizeof answer, bytes.data(), bytes.size());
+        if (length == 0 || (length < 0 && errno != EAGAIN && errno != EMSGSIZE))
+            return ERROR_DEVICE_NOT_CONNECTED;
+    }
+    if (length != static_cast<ssize_t>(sizeof answer + answer.returned))
         return ERROR_DEVICE_NOT_CONNECTED;
+    std::copy_n(bytes.begin(), answer.returned, static_cast<std::uint8_t*>(output));
     returned = answer.returned;
     return answer.error;
 }

@@ -12,20 +12,20 @@
 class DeviceObject : public PortObject
 {
 public:
-    /// Opens the device; null with the Windows error number in `error` on failure.
-    static std::shared_ptr<DeviceObject> open(const std::string& name, DWORD& error);
+    /// Opens the device; null when there is none.
+    static std::shared_ptr<DeviceObject> open(const std::string& name);
 
-    /// Tells the serving process and waits until it has taken note, half a second at the most: it
-    /// may be stopped.
-    ~DeviceObject() override;
+    explicit DeviceObject(FileDescriptor connection);
 
     /// As DeviceIoControl. Returns the Windows error number, ERROR_SUCCESS when it succeeded.
     DWORD control(DWORD code, const void* input, DWORD inputLength, void* output,
                   DWORD outputLength, DWORD& returned);
 
 private:
-    explicit DeviceObject(FileDescriptor connection);
+    DWORD send(DWORD code, const void* input, DWORD inputLength, DWORD outputLength);
+    DWORD receive(void* output, DWORD outputLength, DWORD& returned);
 
     FileDescriptor socket;
     std::mutex mutex;
+    std::uint32_t number = 0; ///< Of the last request.
 };

@@ -2,15 +2,15 @@
 
 #include <cstdint>
 
-/// What travels between the port's device handles and the process that serves the device: one
-/// message per request and one per answer, in the machine's own byte order.
+/// What travels between the port's device handles and the process that serves the device: a handle
+/// is a connection, and each request and each answer is one message, in the machine's own byte
+/// order.
 
-enum class DeviceCall : std::uint32_t { open = 1, control = 2, close = 3 };
-
-/// Followed by `inputLength` bytes.
+/// Followed by `inputLength` bytes. It takes the place of a request that is still unanswered:
+/// whoever asked that one has given up.
 struct DeviceRequest
 {
-    DeviceCall call;
+    std::uint32_t number; ///< Returned with the answer, so that a late one is recognised.
     std::uint32_t code;
     std::uint32_t inputLength;
     std::uint32_t outputLength;
@@ -19,6 +19,7 @@ struct DeviceRequest
 /// Followed by `returned` bytes. `error` is a Windows error number, 0 for success.
 struct DeviceAnswer
 {
+    std::uint32_t number;
     std::uint32_t error;
     std::uint32_t returned;
 };

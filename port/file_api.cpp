@@ -1,13 +1,37 @@
 #include "port/device_object.h"
-#include "port/device_path.h"
 #include "port/pipe_object.h"
 #include "port/runtime_folder.h"
 #include "port/thread_wait.h"
 #include "port/win32_port.h"
 
+#include <string_view>
+
 namespace {
 
+constexpr std::wstring_view devicePrefix = LR"(\\.\)";
+constexpr std::wstring_view pipePrefix = LR"(\\.\pipe\)";
+
 thread_local DWORD lastError = ERROR_SUCCESS;
+
+/// The name behind the prefix as that of a file; empty when the path cannot name one. All that the
+/// system names itself is letters, digits and dashes.
+std::string nameBehind(std::wstring_view prefix, std::wstring_view path)
+{
+    const auto isPart = [](wchar_t c) {
+        return (c >= L'0' && c <= L'9') || (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z') ||
+               c == L'-';
+    };
+    if (!path.starts_with(prefix))
+        return {};
+    path.remove_prefix(prefix.size());
+    std::string name;
+    for (const wchar_t character : path) {
+        if (!isPart(character))
+            return {};
+        name += static_cast<char>(character);
+    }
+    return name;
+}
 
 BOOL result(DWORD error)
 {
@@ -33,8 +57,10 @@ template <class Kind, class Action> BOOL callOn(HANDLE handle, Action action)
 {
     const HandleTable& table = HandleTable::instance();
     if (const auto object = table.find<Kind>(handle)) {
-        const HandleUse use(handle);
-        return result(action(*object));
+        ThreadWait::current().use(handle);
+        const DWORD error = action(*object);
+        ThreadWait::current().use(nullptr);
+        return result(error);
     }
     return result(table.find<PortObject>(handle) == nullptr ? ERROR_INVALID_HANDLE
                                                             : ERROR_INVALID_FUNCTION);
@@ -60,16 +86,15 @@ void SetLastError(DWORD error)
 
 HANDLE CreateFileW(LPCWSTR path, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
 {
-    const DevicePath parsed = parseDevicePath(path);
+    const std::string pipe = nameBehind(pipePrefix, path);
+    const std::string device = nameBehind(devicePrefix, path);
     DWORD error = ERROR_FILE_NOT_FOUND;
-    if (parsed.name.empty() || !runtimeFolderIsPrivate())
-        return newHandle(nullptr, error);
-    if (parsed.isPipe) {
-        auto client = PipeClient::open(parsed.name, error);
-        return newHandle(std::move(client), error);
-    }
-    auto device = DeviceObject::open(parsed.name, error);
-    return newHandle(std::move(device), error);
+    std::shared_ptr<PortObject> object;
+    if (!pipe.empty() && runtimeFolderIsPrivate())
+        object = PipeObject::open(pipe, error);
+    else if (!device.empty() && runtimeFolderIsPrivate())
+        object = DeviceObject::open(device);
+    return newHandle(std::move(object), error);
 }
 
 BOOL CloseHandle(HANDLE handle)
@@ -89,16 +114,15 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength,
     return succeeded;
 }
 
-HANDLE CreateNamedPipeW(LPCWSTR name, DWORD, DWORD pipeMode, DWORD mostInstances, DWORD,
-                        DWORD inputSize, DWORD, LPSECURITY_ATTRIBUTES)
+HANDLE CreateNamedPipeW(LPCWSTR name, DWORD, DWORD, DWORD, DWORD outputSize, DWORD inputSize, DWORD,
+                        LPSECURITY_ATTRIBUTES)
 {
-    const DevicePath parsed = parseDevicePath(name);
+    const std::string pipe = nameBehind(pipePrefix, name);
     DWORD error = ERROR_INVALID_NAME;
-    if (parsed.name.empty() || !parsed.isPipe)
-        return newHandle(nullptr, error);
-    auto instance =
-        PipeInstance::create(parsed.name, pipeMode, mostInstances, inputSize > 0, error);
-    return newHandle(std::move(instance), error);
+    std::shared_ptr<PortObject> object;
+    if (!pipe.empty())
+        object = PipeInstance::create(pipe, outputSize, inputSize, error);
+    return newHandle(std::move(object), error);
 }
 
 BOOL ConnectNamedPipe(HANDLE pipe, LPOVERLAPPED)

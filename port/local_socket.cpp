@@ -2,38 +2,26 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/un.h>
 
 namespace {
 
-/// Room for the largest request in one message, whatever the system's default is.
-constexpr int socketBuffer = 256 * 1024;
+using Call = int (*)(int, const sockaddr*, socklen_t);
 
-bool fillAddress(sockaddr_un& address, const std::string& path)
+/// A new socket on which bind() or connect() was called with the path.
+FileDescriptor newSocket(int type, Call call, const std::string& path)
 {
-    address = {};
+    sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) {
         errno = ENAMETOOLONG;
-        return false;
+        return {};
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    return true;
-}
-
-FileDescriptor newSocket()
-{
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.isValid())
-        ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &socketBuffer, sizeof socketBuffer);
+    FileDescriptor socket(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return {};
     return socket;
-}
-
-void setBlocking(int socket)
-{
-    ::fcntl(socket, F_SETFL, ::fcntl(socket, F_GETFL) & ~O_NONBLOCK);
 }
 
 /// iovec carries no const; sendmsg does not write through it.
@@ -42,72 +30,53 @@ iovec part(const void* data, std::size_t length)
     return {const_cast<void*>(data), length};
 }
 
+/// One byte, and with it two descriptors.
+struct DescriptorMessage
+{
+    DescriptorMessage()
+    {
+        header.msg_iov = &data;
+        header.msg_iovlen = 1;
+        header.msg_control = control;
+        header.msg_controllen = sizeof control;
+    }
+    DescriptorMessage(const DescriptorMessage&) = delete;
+    DescriptorMessage& operator=(const DescriptorMessage&) = delete;
+
+    char byte = 0;
+    iovec data = {&byte, sizeof byte};
+    alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
+    msghdr header = {};
+};
+
 } // namespace
 
-FileDescriptor connectSocket(const std::string& path, bool wait)
+FileDescriptor connectSocket(int type, const std::string& path)
 {
-    sockaddr_un address;
-    if (!fillAddress(address, path))
-        return {};
-    FileDescriptor socket = newSocket();
-    if (!socket.isValid())
-        return {};
-    if (wait)
-        setBlocking(socket.get());
-    int result = 0;
-    do {
-        result =
-            ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    } while (result != 0 && errno == EINTR);
-    if (result != 0)
-        return {};
-    setBlocking(socket.get());
-    return socket;
+    return newSocket(type, ::connect, path);
 }
 
-bool socketIsServed(const std::string& path)
+FileDescriptor bindSocket(int type, const std::string& path)
 {
-    sockaddr_un address;
-    // A socket of another kind is refused with EPROTOTYPE by one that is open.
-    const FileDescriptor probe(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!probe.isValid() || !fillAddress(address, path))
-        return true;
-    return ::connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
-               0 ||
-           (errno != ECONNREFUSED && errno != ENOENT);
+    return newSocket(type, ::bind, path);
 }
 
-void limitWaiting(int socket, std::chrono::milliseconds longest)
+FileDescriptor listenOnSocket(const std::string& path)
 {
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
-    const timeval limit = {seconds.count(), std::chrono::microseconds(longest - seconds).count()};
-    for (const int option : {SO_SNDTIMEO, SO_RCVTIMEO})
-        ::setsockopt(socket, SOL_SOCKET, option, &limit, sizeof limit);
-}
-
-FileDescriptor listenOnSocket(const std::string& path, int queue)
-{
-    sockaddr_un address;
-    if (!fillAddress(address, path))
-        return {};
-    FileDescriptor socket = newSocket();
-    if (!socket.isValid() ||
-        ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(socket.get(), queue) != 0)
-        return {};
-    return socket;
+    FileDescriptor socket = bindSocket(SOCK_SEQPACKET, path);
+    return ::listen(socket.get(), SOMAXCONN) == 0 ? std::move(socket) : FileDescriptor();
 }
 
 FileDescriptor acceptSocket(int listener)
 {
-    int result = -1;
-    do {
-        result = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-    } while (result < 0 && errno == EINTR);
-    FileDescriptor socket(result);
-    if (socket.isValid())
-        ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &socketBuffer, sizeof socketBuffer);
-    return socket;
+    return FileDescriptor(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+}
+
+std::array<FileDescriptor, 2> socketPair()
+{
+    std::array<int, 2> ends = {-1, -1};
+    ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data());
+    return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
 bool sendMessage(int socket, const void* first, std::size_t firstLength, const void* second,
@@ -117,11 +86,7 @@ bool sendMessage(int socket, const void* first, std::size_t firstLength, const v
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = secondLength == 0 ? 1 : 2;
-    ssize_t sent = 0;
-    do {
-        sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
-    return sent >= 0;
+    return ::sendmsg(socket, &message, MSG_NOSIGNAL) >= 0;
 }
 
 ssize_t receiveMessage(int socket, void* first, std::size_t firstLength, void* second,
@@ -131,13 +96,32 @@ ssize_t receiveMessage(int socket, void* first, std::size_t firstLength, void* s
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = secondLength == 0 ? 1 : 2;
-    ssize_t received = 0;
-    do {
-        received = ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
-    } while (received < 0 && errno == EINTR);
-    if (received >= 0 && (message.msg_flags & MSG_TRUNC) != 0) {
-        errno = EMSGSIZE;
-        return -1;
+    const ssize_t received = ::recvmsg(socket, &message, 0);
+    if (received < 0 || (message.msg_flags & MSG_TRUNC) == 0)
+        return received;
+    errno = EMSGSIZE;
+    return -1;
+}
+
+bool sendDescriptors(int socket, const std::array<int, 2>& descriptors)
+{
+    DescriptorMessage message;
+    cmsghdr* const head = CMSG_FIRSTHDR(&message.header);
+    head->cmsg_level = SOL_SOCKET;
+    head->cmsg_type = SCM_RIGHTS;
+    head->cmsg_len = CMSG_LEN(sizeof descriptors);
+    std::memcpy(CMSG_DATA(head), descriptors.data(), sizeof descriptors);
+    return ::sendmsg(socket, &message.header, MSG_NOSIGNAL) >= 0;
+}
+
+std::array<FileDescriptor, 2> receiveDescriptors(int socket)
+{
+    DescriptorMessage message;
+    std::array<int, 2> descriptors = {-1, -1};
+    if (::recvmsg(socket, &message.header, MSG_CMSG_CLOEXEC) > 0) {
+        const cmsghdr* const head = CMSG_FIRSTHDR(&message.header);
+        if (head != nullptr && head->cmsg_len == CMSG_LEN(sizeof descriptors))
+            std::memcpy(descriptors.data(), CMSG_DATA(head), sizeof descriptors);
     }
-    return received;
+    return {FileDescriptor(descriptors[0]), FileDescriptor(descriptors[1])};
 }

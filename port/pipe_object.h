@@ -1,7 +1,7 @@
 #pragma once
 
 #include "port/handle_table.h"
-#include "port/pipe_folder.h"
+#include "port/pipe_listener.h"
 #include "port/pipe_stream.h"
 
 #include <memory>
@@ -15,57 +15,44 @@
 class PipeObject : public PortObject
 {
 public:
-    virtual DWORD read(void* buffer, DWORD length, DWORD& read) = 0;
-    virtual DWORD write(const void* buffer, DWORD length) = 0;
-};
+    /// A client's end; null with the error number in `error` when the pipe takes none.
+    static std::shared_ptr<PipeObject> open(const std::string& name, DWORD& error);
 
-/// A client's end.
-class PipeClient : public PipeObject
-{
-public:
-    static std::shared_ptr<PipeClient> open(const std::string& name, DWORD& error);
+    PipeObject() = default;
+    explicit PipeObject(PipeStream connected);
 
-    explicit PipeClient(PipeConnection connection);
-    DWORD read(void* buffer, DWORD length, DWORD& read) override;
-    DWORD write(const void* buffer, DWORD length) override;
+    DWORD read(void* buffer, DWORD length, DWORD& read);
+    DWORD write(const void* buffer, DWORD length);
 
-private:
+protected:
+    /// ERROR_SUCCESS when there is a stream.
+    virtual DWORD readiness() { return ERROR_SUCCESS; }
+
     std::mutex mutex;
-    PipeStream stream;
-    bool buffered;
+    std::optional<PipeStream> stream;
 };
 
-/// A server's instance. Its socket queues exactly one client. While the instance is connected or
-/// disconnected, a connection of its own (the plug) fills that queue, so that every other client
-/// finds the pipe busy.
+/// The server's end, which a client at a time can connect to.
 class PipeInstance : public PipeObject
 {
 public:
-    static std::shared_ptr<PipeInstance> create(const std::string& name, DWORD pipeMode,
-                                                DWORD mostInstances, bool buffered, DWORD& error);
+    static std::shared_ptr<PipeInstance> create(const std::string& name, DWORD outputSize,
+                                                DWORD inputSize, DWORD& error);
 
-    PipeInstance(const PipeFolder& pipe, std::string path, FileDescriptor socket, bool byMessage);
-    ~PipeInstance() override;
+    PipeInstance(std::unique_ptr<PipeListener> clients, DWORD outputSize);
 
     DWORD connect();
     DWORD disconnect();
-    DWORD read(void* buffer, DWORD length, DWORD& read) override;
-    DWORD write(const void* buffer, DWORD length) override;
+
+protected:
+    DWORD readiness() override;
 
 private:
-    enum class State { listening, connected, disconnected };
+    bool isListening() const { return !clientLock.isValid(); }
+    bool takeClient();
+    void listen();
 
-    bool hasQueuedClient() const;
-    void takeQueuedClient();
-    void listenAgain();
-    DWORD readiness();
-
-    std::mutex mutex;
-    PipeFolder folder;
-    std::string socketPath;
-    FileDescriptor listener;
-    FileDescriptor plug;
-    std::optional<PipeStream> stream;
-    State state = State::listening;
-    bool messageMode;
+    std::unique_ptr<PipeListener> listener;
+    DWORD bufferSize;
+    FileDescriptor clientLock; ///< From a client's coming until the next one is waited for.
 };

@@ -5,41 +5,38 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <poll.h>
 
 namespace {
 
-/// A message travels in frames of one kind byte and data: zero-byte messages can then be told from
-/// the end of the connection, and long ones fit the socket.
-constexpr std::uint8_t lastFrame = 0;
-constexpr std::uint8_t moreFrames = 1;
-constexpr std::uint8_t farewellFrame = 2;
-constexpr std::uint8_t readerFrame = 3;
-constexpr std::size_t frameData = 32768;
+/// A message travels behind one of these bytes, so that an empty one can be told from the end of
+/// the connection.
+constexpr std::uint8_t messageFrame = 0;
+constexpr std::uint8_t readerFrame = 1;   ///< The other side waits in a read.
+constexpr std::uint8_t farewellFrame = 2; ///< The other side has disconnected.
 
-/// As much is taken from the socket ahead of the reader; then the writer has to wait.
-constexpr std::size_t readAhead = 65536;
+/// More are not taken from the socket ahead of their reader; then the writer has to wait.
+constexpr std::size_t mostMessagesAhead = 64;
 
 } // namespace
 
-PipeStream::PipeStream(FileDescriptor connection, bool byMessage)
+PipeStream::PipeStream(FileDescriptor connection, DWORD buffer)
     : socket(std::move(connection))
-    , messageMode(byMessage)
+    , bufferSize(buffer)
+    , arriving(largestMessage)
 {
-    ::fcntl(socket.get(), F_SETFL, ::fcntl(socket.get(), F_GETFL) | O_NONBLOCK);
 }
 
 DWORD PipeStream::read(void* buffer, DWORD length, DWORD& read)
 {
     takeArrived();
+    if (inbox.empty() && !ended)
+        sendMessage(socket.get(), &readerFrame, 1);
     while (inbox.empty() && !ended) {
         if (!ThreadWait::current().wait(socket.get(), POLLIN))
             return ERROR_OPERATION_ABORTED;
         // One at a time: who waits gets the message even if the other side parts right after it.
-        while (inbox.empty() && !ended && takeFrame()) {
-        }
+        takeFrame();
     }
     if (farewell)
         return ERROR_PIPE_NOT_CONNECTED;
@@ -48,38 +45,25 @@ DWORD PipeStream::read(void* buffer, DWORD length, DWORD& read)
 
 DWORD PipeStream::write(const void* buffer, DWORD length)
 {
-    const auto* data = static_cast<const std::uint8_t*>(buffer);
-    std::size_t left = length;
-    bool pending = false;
-    while (left > frameData) {
-        const DWORD error = writeFrame(moreFrames, data, frameData, pending);
-        if (error != ERROR_SUCCESS)
-            return error;
-        pending = true;
-        data += frameData;
-        left -= frameData;
-    }
-    return writeFrame(lastFrame, data, left, pending);
-}
-
-void PipeStream::announceReader()
-{
+    if (length > largestMessage)
+        return ERROR_NO_SYSTEM_RESOURCES;
     takeArrived();
-    if (inbox.empty() && !ended)
-        sendMessage(socket.get(), &readerFrame, 1);
-}
-
-DWORD PipeStream::awaitReader()
-{
-    takeArrived();
-    while (!readerWaits && !ended) {
-        if (!ThreadWait::current().wait(socket.get(), POLLIN))
-            return ERROR_OPERATION_ABORTED;
-        takeArrived();
-    }
-    if (ended)
-        return goneError(true);
+    bool waited = length > bufferSize;
+    const DWORD error = waited ? awaitReader() : DWORD{ERROR_SUCCESS};
+    if (error != ERROR_SUCCESS)
+        return error;
     readerWaits = false;
+    while (!sendMessage(socket.get(), &messageFrame, 1, buffer, length)) {
+        if (errno == EPIPE)
+            return goneError(waited);
+        if (errno == EAGAIN) {
+            waited = true;
+            if (!ThreadWait::current().wait(socket.get(), POLLOUT))
+                return ERROR_OPERATION_ABORTED;
+        } else if (errno != ECONNRESET) { // Reported once; the next try tells the cause.
+            return ERROR_GEN_FAILURE;
+        }
+    }
     return ERROR_SUCCESS;
 }
 
@@ -97,7 +81,7 @@ bool PipeStream::isClosedByPeer() const
 
 void PipeStream::takeArrived()
 {
-    while (!ended && inboxBytes < readAhead && takeFrame()) {
+    while (!ended && inbox.size() < mostMessagesAhead && takeFrame()) {
     }
 }
 
@@ -105,70 +89,48 @@ void PipeStream::takeArrived()
 bool PipeStream::takeFrame()
 {
     std::uint8_t kind = 0;
-    Message data(frameData);
-    ssize_t length = receiveMessage(socket.get(), &kind, 1, data.data(), data.size());
+    ssize_t length = receiveMessage(socket.get(), &kind, 1, arriving.data(), arriving.size());
     // Reported once, ahead of what the other side had sent before it closed.
     if (length < 0 && errno == ECONNRESET)
-        length = receiveMessage(socket.get(), &kind, 1, data.data(), data.size());
+        length = receiveMessage(socket.get(), &kind, 1, arriving.data(), arriving.size());
     if (length < 0 && errno == EAGAIN)
         return false;
-    if (length <= 0 || kind == farewellFrame) {
-        ended = true;
-        farewell = length > 0;
-        return true;
-    }
-    if (kind == readerFrame) {
+    farewell = length > 0 && kind == farewellFrame;
+    ended = length <= 0 || farewell;
+    if (length > 0 && kind == readerFrame)
         readerWaits = true;
-        return true;
-    }
-    const auto end = data.begin() + (length - 1);
-    unfinished.insert(unfinished.end(), data.begin(), end);
-    if (kind == lastFrame) {
-        inboxBytes += unfinished.size();
-        inbox.push_back(std::move(unfinished));
-        unfinished = {};
-    }
+    else if (!ended)
+        inbox.emplace_back(arriving.begin(), arriving.begin() + (length - 1));
     return true;
 }
 
 DWORD PipeStream::deliver(void* buffer, DWORD length, DWORD& read)
 {
-    const Message& message = inbox.front();
-    const std::size_t left = message.size() - delivered;
-    const std::size_t count = std::min<std::size_t>(left, length);
-    std::copy_n(message.begin() + static_cast<std::ptrdiff_t>(delivered), count,
-                static_cast<std::uint8_t*>(buffer));
-    read = static_cast<DWORD>(count);
-    delivered += count;
-    if (count < left)
-        return messageMode ? ERROR_MORE_DATA : ERROR_SUCCESS;
-    inboxBytes -= message.size();
+    Message& message = inbox.front();
+    read = std::min(static_cast<DWORD>(message.size()), length);
+    const auto rest = message.begin() + read;
+    std::copy(message.begin(), rest, static_cast<std::uint8_t*>(buffer));
+    message.erase(message.begin(), rest);
+    if (!message.empty())
+        return ERROR_MORE_DATA;
     inbox.pop_front();
-    delivered = 0;
     return ERROR_SUCCESS;
 }
 
-DWORD PipeStream::writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length,
-                             bool pending)
+DWORD PipeStream::awaitReader()
 {
-    while (!sendMessage(socket.get(), &kind, 1, data, length)) {
-        if (errno == EPIPE)
-            return goneError(pending);
-        if (errno == EAGAIN) {
-            pending = true;
-            if (!ThreadWait::current().wait(socket.get(), POLLOUT))
-                return ERROR_OPERATION_ABORTED;
-        } else if (errno != ECONNRESET) { // Reported once; the next try tells the cause.
-            return ERROR_GEN_FAILURE;
-        }
+    while (!readerWaits && !ended) {
+        if (!ThreadWait::current().wait(socket.get(), POLLIN))
+            return ERROR_OPERATION_ABORTED;
+        takeFrame();
     }
-    return ERROR_SUCCESS;
+    return ended ? goneError(true) : DWORD{ERROR_SUCCESS};
 }
 
-DWORD PipeStream::goneError(bool pending)
+DWORD PipeStream::goneError(bool waited)
 {
     takeArrived();
     if (farewell)
         return ERROR_PIPE_NOT_CONNECTED;
-    return pending ? ERROR_BROKEN_PIPE : ERROR_NO_DATA;
+    return waited ? ERROR_BROKEN_PIPE : ERROR_NO_DATA;
 }

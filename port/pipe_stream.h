@@ -12,16 +12,13 @@
 class PipeStream
 {
 public:
-    /// With `byMessage` false a message that is longer than the reader's buffer is no error.
-    PipeStream(FileDescriptor connection, bool byMessage);
+    static constexpr DWORD largestMessage = 128 * 1024; ///< bytes; of a longer one nothing is sent
+
+    /// A message of more than `buffer` bytes waits until the other side reads.
+    PipeStream(FileDescriptor connection, DWORD buffer);
 
     DWORD read(void* buffer, DWORD length, DWORD& read);
     DWORD write(const void* buffer, DWORD length);
-
-    /// For a pipe without a buffer: tells the other side that the next read waits for it.
-    void announceReader();
-    /// For a pipe without a buffer: waits until the other side reads.
-    DWORD awaitReader();
 
     /// Tells the other side that it was disconnected, which loses all that is unread there.
     void sayFarewell();
@@ -31,18 +28,16 @@ public:
 private:
     using Message = std::vector<std::uint8_t>;
 
-    void takeArrived();
     bool takeFrame();
+    void takeArrived();
     DWORD deliver(void* buffer, DWORD length, DWORD& read);
-    DWORD writeFrame(std::uint8_t kind, const std::uint8_t* data, std::size_t length, bool pending);
-    DWORD goneError(bool pending);
+    DWORD awaitReader();
+    DWORD goneError(bool waited);
 
     FileDescriptor socket;
-    bool messageMode;
+    DWORD bufferSize;
+    Message arriving; ///< As long as the longest one.
     std::deque<Message> inbox;
-    std::size_t inboxBytes = 0;
-    std::size_t delivered = 0; ///< Bytes of the first message that were already read.
-    Message unfinished;
     bool readerWaits = false;
     bool ended = false;
     bool farewell = false;

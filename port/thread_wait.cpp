@@ -4,83 +4,62 @@
 #include <map>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <vector>
 
 namespace {
 
 /// The threads that have a place to wait.
-class Registry
+struct Threads
 {
-public:
-    static Registry& instance()
-    {
-        // Never destroyed: threads may end after the objects with static lifetime.
-        static Registry& registry = *new Registry;
-        return registry;
-    }
-
-    void add(DWORD threadId, const std::shared_ptr<ThreadWait>& place)
-    {
-        const std::lock_guard lock(mutex);
-        places[threadId] = place;
-    }
-
-    void remove(DWORD threadId)
-    {
-        const std::lock_guard lock(mutex);
-        places.erase(threadId);
-    }
-
-    std::shared_ptr<ThreadWait> find(DWORD threadId)
-    {
-        const std::lock_guard lock(mutex);
-        const auto found = places.find(threadId);
-        return found == places.end() ? nullptr : found->second;
-    }
-
-    std::vector<std::shared_ptr<ThreadWait>> all()
-    {
-        const std::lock_guard lock(mutex);
-        std::vector<std::shared_ptr<ThreadWait>> result;
-        for (const auto& [threadId, place] : places)
-            result.push_back(place);
-        return result;
-    }
-
-private:
     std::mutex mutex;
     std::map<DWORD, std::shared_ptr<ThreadWait>> places;
 };
 
-/// Signs the thread in for as long as it runs.
-struct Registration
+Threads& threads()
 {
-    Registration() { Registry::instance().add(id, place); }
+    // Never destroyed: threads may end after the objects with static lifetime.
+    static Threads& instance = *new Threads;
+    return instance;
+}
+
+/// Signs the thread in for as long as it runs.
+class Registration
+{
+public:
+    Registration()
+    {
+        const std::lock_guard lock(threads().mutex);
+        threads().places[id] = place;
+    }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
-    ~Registration() { Registry::instance().remove(id); }
+    ~Registration()
+    {
+        const std::lock_guard lock(threads().mutex);
+        threads().places.erase(id);
+    }
 
     const DWORD id = static_cast<DWORD>(::gettid());
     const std::shared_ptr<ThreadWait> place = std::make_shared<ThreadWait>();
 };
 
-BOOL failWith(DWORD error)
+const Registration& registration()
 {
-    SetLastError(error);
-    return FALSE;
+    static thread_local const Registration instance;
+    return instance;
+}
+
+BOOL result(bool succeeded, DWORD error)
+{
+    if (!succeeded)
+        SetLastError(error);
+    return succeeded ? TRUE : FALSE;
 }
 
 } // namespace
 
 ThreadWait& ThreadWait::current()
 {
-    static thread_local Registration registration;
-    return *registration.place;
-}
-
-std::shared_ptr<ThreadWait> ThreadWait::ofThread(DWORD threadId)
-{
-    return Registry::instance().find(threadId);
+    return *registration().place;
 }
 
 ThreadWait::ThreadWait()
@@ -118,41 +97,36 @@ bool ThreadWait::cancel(HANDLE handle)
     return ::write(wakeUp.get(), &one, sizeof one) == sizeof one;
 }
 
-bool ThreadWait::cancelAllOn(HANDLE handle)
-{
-    bool any = false;
-    for (const std::shared_ptr<ThreadWait>& place : Registry::instance().all())
-        any = place->cancel(handle) || any;
-    return any;
-}
-
 DWORD GetCurrentThreadId()
 {
-    ThreadWait::current();
-    return static_cast<DWORD>(::gettid());
+    return registration().id;
 }
 
 HANDLE OpenThread(DWORD, BOOL, DWORD threadId)
 {
-    std::shared_ptr<ThreadWait> place = ThreadWait::ofThread(threadId);
-    if (place == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    return HandleTable::instance().add(std::make_shared<ThreadObject>(std::move(place)));
+    const std::lock_guard lock(threads().mutex);
+    const auto found = threads().places.find(threadId);
+    if (found != threads().places.end())
+        return HandleTable::instance().add(found->second);
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
 }
 
 BOOL CancelSynchronousIo(HANDLE thread)
 {
-    const auto object = HandleTable::instance().find<ThreadObject>(thread);
-    if (object == nullptr)
-        return failWith(ERROR_INVALID_HANDLE);
-    return object->cancel() ? TRUE : failWith(ERROR_NOT_FOUND);
+    const auto place = HandleTable::instance().find<ThreadWait>(thread);
+    if (place == nullptr)
+        return result(false, ERROR_INVALID_HANDLE);
+    return result(place->cancel(), ERROR_NOT_FOUND);
 }
 
 BOOL CancelIoEx(HANDLE file, LPOVERLAPPED)
 {
     if (HandleTable::instance().find<PortObject>(file) == nullptr)
-        return failWith(ERROR_INVALID_HANDLE);
-    return ThreadWait::cancelAllOn(file) ? TRUE : failWith(ERROR_NOT_FOUND);
+        return result(false, ERROR_INVALID_HANDLE);
+    bool any = false;
+    const std::lock_guard lock(threads().mutex);
+    for (const auto& [id, place] : threads().places)
+        any = place->cancel(file) || any;
+    return result(any, ERROR_NOT_FOUND);
 }

@@ -6,16 +6,13 @@
 #include <memory>
 #include <mutex>
 
-/// The place where one thread waits for sockets and where others can wake it.
-class ThreadWait
+/// The place where one thread waits for sockets and where others can wake it; what a handle on a
+/// thread refers to.
+class ThreadWait : public PortObject
 {
 public:
     /// That of the calling thread.
     static ThreadWait& current();
-
-    /// That of a running thread, null when there is none with this number. Only threads that have
-    /// asked for their number or waited before are known.
-    static std::shared_ptr<ThreadWait> ofThread(DWORD threadId);
 
     ThreadWait();
 
@@ -29,37 +26,9 @@ public:
     /// Wakes the thread. False when it does not wait, or not on this handle (null means any).
     bool cancel(HANDLE handle = nullptr);
 
-    /// Wakes all threads that wait in a call on this handle. False when there is none.
-    static bool cancelAllOn(HANDLE handle);
-
 private:
     FileDescriptor wakeUp;
     std::mutex mutex;
     bool waiting = false;
     HANDLE used = nullptr;
-};
-
-/// A call of this thread on a handle.
-class HandleUse
-{
-public:
-    explicit HandleUse(HANDLE handle) { ThreadWait::current().use(handle); }
-    ~HandleUse() { ThreadWait::current().use(nullptr); }
-    HandleUse(const HandleUse&) = delete;
-    HandleUse& operator=(const HandleUse&) = delete;
-};
-
-/// An open handle on a thread.
-class ThreadObject : public PortObject
-{
-public:
-    explicit ThreadObject(std::shared_ptr<ThreadWait> thread)
-        : place(std::move(thread))
-    {
-    }
-
-    bool cancel() { return place->cancel(); }
-
-private:
-    std::shared_ptr<ThreadWait> place;
 };

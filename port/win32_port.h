@@ -36,15 +36,10 @@ constexpr DWORD ERROR_INVALID_FUNCTION = 1;
 constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
 constexpr DWORD ERROR_ACCESS_DENIED = 5;
 constexpr DWORD ERROR_INVALID_HANDLE = 6;
-constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
-constexpr DWORD ERROR_NOT_READY = 21;
 constexpr DWORD ERROR_GEN_FAILURE = 31;
 constexpr DWORD ERROR_INVALID_PARAMETER = 87;
 constexpr DWORD ERROR_BROKEN_PIPE = 109;
-constexpr DWORD ERROR_SEM_TIMEOUT = 121;
-constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
 constexpr DWORD ERROR_INVALID_NAME = 123;
-constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 constexpr DWORD ERROR_PIPE_BUSY = 231;
 constexpr DWORD ERROR_NO_DATA = 232;
 constexpr DWORD ERROR_PIPE_NOT_CONNECTED = 233;
@@ -52,7 +47,6 @@ constexpr DWORD ERROR_MORE_DATA = 234;
 constexpr DWORD ERROR_PIPE_CONNECTED = 535;
 constexpr DWORD ERROR_PIPE_LISTENING = 536;
 constexpr DWORD ERROR_OPERATION_ABORTED = 995;
-constexpr DWORD ERROR_IO_DEVICE = 1117;
 constexpr DWORD ERROR_DEVICE_NOT_CONNECTED = 1167;
 constexpr DWORD ERROR_NOT_FOUND = 1168;
 constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
@@ -78,7 +72,8 @@ BOOL CloseHandle(HANDLE handle);
 
 /// Sends one request and waits for its answer. At most `outputLength` bytes are stored, and what
 /// the driver did not answer stays untouched; `returned` counts the stored bytes. An interface
-/// that is gone: ERROR_DEVICE_NOT_CONNECTED. Only synchronous calls: `overlapped` is null.
+/// that is gone: ERROR_DEVICE_NOT_CONNECTED. A cancelled request may have had its effect; its
+/// answer is lost. Only synchronous calls: `overlapped` is null.
 BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength, LPVOID output,
                      DWORD outputLength, LPDWORD returned, LPOVERLAPPED overlapped);
 
@@ -88,10 +83,12 @@ constexpr DWORD PIPE_READMODE_MESSAGE = 2;
 constexpr DWORD PIPE_WAIT = 0;
 constexpr DWORD PIPE_UNLIMITED_INSTANCES = 255;
 
-/// Creates an instance of the message pipe `\\.\pipe\NAME`, to which one client at a time can
-/// connect at once. INVALID_HANDLE_VALUE with ERROR_PIPE_BUSY when as many exist as the first one's
-/// `mostInstances` allows. Without an input buffer (size 0) a client's WriteFile waits for the
-/// server to read; other sizes and the time-out are the system's business here.
+/// Creates the message pipe `\\.\pipe\NAME`, to which one client at a time can connect at once.
+/// Both ends work by messages. There is one instance of a pipe at a time, whatever `mostInstances`
+/// allows: as long as it is open, INVALID_HANDLE_VALUE with ERROR_PIPE_BUSY. Whoever writes a
+/// message of more bytes than `inputSize` (a client) or `outputSize` (the server) waits until the
+/// other side reads; more than 128 KiB are not carried (ERROR_NO_SYSTEM_RESOURCES). Modes and
+/// time-out are not looked at.
 HANDLE CreateNamedPipeW(LPCWSTR name, DWORD openMode, DWORD pipeMode, DWORD mostInstances,
                         DWORD outputSize, DWORD inputSize, DWORD timeout,
                         LPSECURITY_ATTRIBUTES security);
@@ -118,11 +115,11 @@ DWORD GetCurrentThreadId();
 /// A handle on a running thread of this process. Unknown: null, ERROR_INVALID_PARAMETER.
 HANDLE OpenThread(DWORD access, BOOL inherit, DWORD threadId);
 
-/// Ends the pipe call in which that thread waits: it fails with ERROR_OPERATION_ABORTED. FALSE
-/// with ERROR_NOT_FOUND when the thread waits in none.
+/// Ends the call on a pipe or a device in which that thread waits: it fails with
+/// ERROR_OPERATION_ABORTED. FALSE with ERROR_NOT_FOUND when the thread waits in none.
 BOOL CancelSynchronousIo(HANDLE thread);
 
-/// Does the same to all threads of this process that wait in a call on this pipe. `overlapped` is
+/// Does the same to all threads of this process that wait in a call on this handle. `overlapped` is
 /// null. FALSE with ERROR_NOT_FOUND when none waits, where Windows may say TRUE.
 BOOL CancelIoEx(HANDLE file, LPOVERLAPPED overlapped);
 
@@ -131,7 +128,8 @@ void Sleep(DWORD milliseconds);
 
 #define SW_SHOWNORMAL 1
 
-/// Starts the program `file` from the PATH with `parameters` split at blanks, detached and without
-/// standard streams. Above 32: started; ERROR_FILE_NOT_FOUND and other small numbers: not.
+/// Starts the program `file` from the PATH with `parameters` split at blanks, in `folder` unless
+/// that is null, and does not wait for its end. Above 32: started; ERROR_FILE_NOT_FOUND or
+/// ERROR_ACCESS_DENIED: not.
 HINSTANCE ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR folder,
                         INT show);

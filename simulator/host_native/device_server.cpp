@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int socketQueue = 64;
-
 std::string deviceFolder()
 {
     return runtimeFolder() + "/dev/";
@@ -28,13 +26,13 @@ void removeOldSockets()
         std::filesystem::remove(entry.path(), ignored);
 }
 
-std::vector<std::uint8_t> message(std::uint32_t error, const std::uint8_t* data,
-                                  std::uint32_t length)
+std::vector<std::uint8_t> message(std::uint32_t number, const SimAnswer& answer,
+                                  const std::uint8_t* data)
 {
-    const DeviceAnswer head = {error, length};
-    std::vector<std::uint8_t> bytes(sizeof head + length);
+    const DeviceAnswer head = {number, answer.error, answer.returned};
+    std::vector<std::uint8_t> bytes(sizeof head + answer.returned);
     std::memcpy(bytes.data(), &head, sizeof head);
-    std::copy_n(data, length, bytes.begin() + sizeof head);
+    std::copy_n(data, answer.returned, bytes.begin() + sizeof head);
     return bytes;
 }
 
@@ -71,7 +69,7 @@ bool DeviceServer::start(std::string& problem)
     }
     removeOldSockets();
     const std::string doorPath = deviceFolder() + SIM_DOOR_NAME;
-    door = listenOnSocket(doorPath, socketQueue);
+    door = listenOnSocket(doorPath);
     if (!door.isValid())
         problem = doorPath + ": " + std::strerror(errno);
     return door.isValid();
@@ -90,7 +88,7 @@ bool DeviceServer::publish()
     deviceListener.reset();
     if (wanted.empty())
         return true;
-    deviceListener = listenOnSocket(wanted, socketQueue);
+    deviceListener = listenOnSocket(wanted);
     if (deviceListener.isValid())
         return true;
     devicePath.clear();
@@ -111,17 +109,19 @@ void DeviceServer::run(const std::vector<int>& stopDescriptors)
             ++next;
         }
         sendDueAnswers();
-        const bool doorKnock = (next++)->revents != 0;
-        const bool deviceKnock = (next++)->revents != 0;
+        // Polled like the others before any request is served: what a program opened and closed
+        // ahead of a request at the door counts in its answer.
+        const std::size_t before = connections.size();
+        acceptFrom(door, true);
+        acceptFrom(deviceListener, false);
+        if (connections.size() != before)
+            continue;
+        next += 2;
         for (auto connection = connections.begin(); connection != connections.end();) {
             const bool ready = (next++)->revents != 0;
             connection = ready && !serve(*connection) ? connections.erase(connection)
                                                       : std::next(connection);
         }
-        if (doorKnock)
-            acceptFrom(door, true);
-        if (deviceKnock)
-            acceptFrom(deviceListener, false);
     }
 }
 
@@ -133,10 +133,8 @@ std::vector<pollfd> DeviceServer::watched(const std::vector<int>& stopDescriptor
         result.push_back({stop, POLLIN, 0});
     result.push_back({door.get(), POLLIN, 0});
     result.push_back({deviceListener.get(), POLLIN, 0});
-    for (const Connection& connection : connections) {
-        const short events = connection.waiting ? 0 : POLLIN;
-        result.push_back({connection.socket.get(), events, 0});
-    }
+    for (const Connection& connection : connections)
+        result.push_back({connection.socket.get(), POLLIN, 0});
     return result;
 }
 
@@ -154,17 +152,17 @@ int DeviceServer::waitTime() const
     return shortest;
 }
 
+/// The device's handles come first in the list, so that a closing counts in the same way.
 void DeviceServer::acceptFrom(const FileDescriptor& listener, bool toDoor)
 {
-    if (!listener.isValid()) // Unplugged since it was polled.
-        return;
-    FileDescriptor socket = acceptSocket(listener.get());
-    if (!socket.isValid())
-        return;
-    ::fcntl(socket.get(), F_SETFL, ::fcntl(socket.get(), F_GETFL) | O_NONBLOCK);
-    Connection& connection = connections.emplace_back();
-    connection.socket = std::move(socket);
-    connection.toDoor = toDoor;
+    for (FileDescriptor socket = acceptSocket(listener.get()); socket.isValid();
+         socket = acceptSocket(listener.get())) {
+        Connection& connection = toDoor ? connections.emplace_back() : connections.emplace_front();
+        connection.socket = std::move(socket);
+        connection.toDoor = toDoor;
+        if (!toDoor)
+            connection.handle = simOpen(&device.model());
+    }
 }
 
 /// Handles one message. False when the connection has ended.
@@ -175,49 +173,20 @@ bool DeviceServer::serve(Connection& connection)
                                           input.data(), input.size());
     if (length < 0 && errno == EAGAIN)
         return true;
-    if (length < static_cast<ssize_t>(sizeof request) ||
-        static_cast<std::size_t>(length) != sizeof request + request.inputLength) {
-        closeOn(connection);
-        return false;
-    }
-    answerRequest(connection, request);
-    return connection.waiting || sendAnswer(connection);
-}
-
-void DeviceServer::answerRequest(Connection& connection, const DeviceRequest& request)
-{
-    if (request.call == DeviceCall::control && connection.opened) {
-        const SimAnswer answer = controlOn(connection, request);
-        connection.answer = message(answer.error, output.data(), answer.returned);
+    if (length == static_cast<ssize_t>(sizeof request + request.inputLength)) {
+        const SimAnswer answer = answerTo(connection, request);
+        connection.answer = message(request.number, answer, output.data());
         connection.waiting = answer.delayMs > 0;
         connection.dueMs = device.now() + answer.delayMs;
-        return;
+        if (connection.waiting || sendAnswer(connection))
+            return true;
     }
-    std::uint32_t error = 0;
-    if (request.call == DeviceCall::open && !connection.opened)
-        openOn(connection);
-    else if (request.call == DeviceCall::close)
-        closeOn(connection);
-    else
-        error = SIM_ERROR_INVALID_FUNCTION;
-    connection.answer = message(error, nullptr, 0);
-}
-
-void DeviceServer::openOn(Connection& connection)
-{
-    connection.opened = true;
     if (!connection.toDoor)
-        connection.handle = simOpen(&device.model());
-}
-
-void DeviceServer::closeOn(Connection& connection)
-{
-    if (connection.opened && !connection.toDoor)
         simClose(&device.model(), connection.handle);
-    connection.opened = false;
+    return false;
 }
 
-SimAnswer DeviceServer::controlOn(Connection& connection, const DeviceRequest& request)
+SimAnswer DeviceServer::answerTo(const Connection& connection, const DeviceRequest& request)
 {
     const auto room = std::min<std::uint32_t>(request.outputLength, largestTransfer);
     const SimCall call = {device.now(),        request.code,  input.data(),
@@ -240,12 +209,9 @@ void DeviceServer::sendDueAnswers()
     }
 }
 
-bool DeviceServer::sendAnswer(Connection& connection)
+bool DeviceServer::sendAnswer(const Connection& connection)
 {
-    if (sendMessage(connection.socket.get(), connection.answer.data(), connection.answer.size()))
-        return true;
-    closeOn(connection);
-    return false;
+    return sendMessage(connection.socket.get(), connection.answer.data(), connection.answer.size());
 }
 
 bool DeviceServer::isDue(const Connection& connection) const

@@ -37,8 +37,7 @@ private:
     {
         FileDescriptor socket;
         bool toDoor = false;
-        bool opened = false;
-        SimHandle handle = 0;
+        SimHandle handle = 0; ///< Of the device.
         bool waiting = false; ///< `answer` is held back until `dueMs`.
         std::uint32_t dueMs = 0;
         std::vector<std::uint8_t> answer;
@@ -48,12 +47,9 @@ private:
     int waitTime() const;
     void acceptFrom(const FileDescriptor& listener, bool toDoor);
     bool serve(Connection& connection);
-    void answerRequest(Connection& connection, const DeviceRequest& request);
-    void openOn(Connection& connection);
-    void closeOn(Connection& connection);
-    SimAnswer controlOn(Connection& connection, const DeviceRequest& request);
+    SimAnswer answerTo(const Connection& connection, const DeviceRequest& request);
     void sendDueAnswers();
-    bool sendAnswer(Connection& connection);
+    static bool sendAnswer(const Connection& connection);
     bool isDue(const Connection& connection) const;
 
     SimulatedDevice& device;

@@ -1,10 +1,12 @@
 #include "platform/win32.h"
 #include "support/simulated_interface.h"
 #include "support/test_main.h"
+#include "support/waiting_thread.h"
 
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
@@ -27,6 +29,7 @@ constexpr DWORD notFound = 2;
 constexpr DWORD invalidHandle = 6;
 constexpr DWORD invalidParameter = 87;
 constexpr DWORD bufferTooSmall = 122;
+constexpr DWORD aborted = 995;
 constexpr DWORD notConnected = 1167;
 
 HANDLE openPath(const wchar_t* path)
@@ -91,6 +94,8 @@ private slots:
     void injectedErrorsArriveAsGiven_data();
     void injectedErrorsArriveAsGiven();
     void delayHoldsOnlyItsOwnCaller();
+    void waitingRequestIsCancelled_data();
+    void waitingRequestIsCancelled();
     void unpluggedHandleIsNotConnected();
     void handleStaysDeadAfterReplugging();
     void closingEndsTheHandleAtOnce();
@@ -389,6 +394,40 @@ void DeviceContractTest::delayHoldsOnlyItsOwnCaller()
     QCOMPARE(error, 0u);
     QVERIFY(!wasHeldUp);
     QVERIFY2(delayed >= delay - 10, qPrintable(QString::number(delayed)));
+}
+
+void DeviceContractTest::waitingRequestIsCancelled_data()
+{
+    QTest::addColumn<bool>("byHandle");
+    QTest::newRow("by its thread") << false;
+    QTest::newRow("by its handle") << true;
+}
+
+void DeviceContractTest::waitingRequestIsCancelled()
+{
+    QFETCH(bool, byHandle);
+    QVERIFY(simulated->control().delay(readLevels, 1, 600000));
+    std::array<std::int32_t, 192> levels;
+    levels.fill(7);
+    DWORD returned = 99;
+    WaitingThread thread([&] {
+        return request(device, readLevels, nullptr, 0, levels.data(), sizeof levels, &returned);
+    });
+    if (byHandle)
+        thread.cancelOn(device);
+    else
+        thread.cancel();
+    QCOMPARE(thread.join(), aborted);
+    QCOMPARE(returned, DWORD{0});
+    QVERIFY(
+        std::all_of(levels.begin(), levels.end(), [](std::int32_t level) { return level == 7; }));
+
+    // The handle is as good as before, and its next answer is that of the next request.
+    std::uint32_t rate = 0;
+    QCOMPARE(read32(device, readSampleRate, rate), 0u);
+    QCOMPARE(rate, 44100u);
+    QCOMPARE(request(device, readLevels, nullptr, 0, levels.data(), sizeof levels, &returned), 0u);
+    QCOMPARE(returned, DWORD{sizeof levels});
 }
 
 void DeviceContractTest::unpluggedHandleIsNotConnected()

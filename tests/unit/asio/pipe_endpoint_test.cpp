@@ -33,7 +33,6 @@ private slots:
     void closingTwiceIsLoggedOnce();
     void destructionCloses();
     void createAgainReplaces();
-    void severalInstances();
     void creationFails_data();
     void creationFails();
     void messages_data();
@@ -139,16 +138,6 @@ void PipeEndpointTest::createAgainReplaces()
     QCOMPARE(other.tryConnect(), DWORD{ERROR_PIPE_BUSY}); // No instance was left behind.
     endpoint->closePipe();
     QVERIFY(endpoint->createPipe()); // Works after closing as well.
-}
-
-void PipeEndpointTest::severalInstances()
-{
-    QVERIFY(endpoint->createPipe());
-    PipeEndpoint second(path);
-    QVERIFY(second.createPipe());
-    PipePeer::Client other(path);
-    QCOMPARE(client->tryConnect(), DWORD{ERROR_SUCCESS});
-    QCOMPARE(other.tryConnect(), DWORD{ERROR_SUCCESS});
 }
 
 void PipeEndpointTest::creationFails_data()
@@ -387,7 +376,7 @@ void PipeEndpointTest::writing()
 void PipeEndpointTest::writingReachesTheReader()
 {
     // Larger than the pipe's buffer, so that it is only written when somebody reads.
-    const QByteArray message(1000000, 'z');
+    const QByteArray message(100000, 'z');
     QVERIFY(endpoint->createPipe());
     PipePeer::Reading reading;
     std::thread reader([&] {
@@ -410,7 +399,7 @@ void PipeEndpointTest::writingToAClientThatLeaves()
         Sleep(300);
         client->close();
     });
-    const bool succeeded = endpoint->writeMessage(QByteArray(1000000, 'z'));
+    const bool succeeded = endpoint->writeMessage(QByteArray(100000, 'z'));
     leaver.join();
     QVERIFY(!succeeded);
     QCOMPARE(log->take(), QStringList{"Error writing to pipe. Error code: 109"});

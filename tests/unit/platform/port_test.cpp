@@ -2,18 +2,16 @@
 #include "platform/win32.h"
 #include "port/device_wire.h"
 #include "port/local_socket.h"
+#include "port/pipe_stream.h"
 #include "support/test_main.h"
+#include "support/waiting_thread.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <bit>
 #include <cerrno>
-#include <csignal>
 #include <poll.h>
 #include <sys/wait.h>
 #include <thread>
@@ -28,16 +26,20 @@ QString runtimeFolder()
     return qEnvironmentVariable("QUORVEL_RUNTIME_DIR");
 }
 
-QString pipeFolder()
+/// What lies in the folders of the pipes.
+QStringList files()
 {
-    return runtimeFolder() + "/pipe/QuorvelLeftover";
+    QStringList result;
+    for (const QString part : {"/pipe", "/lock"})
+        result += QDir(runtimeFolder() + part).entryList(QDir::Files | QDir::System);
+    return result;
 }
 
-HANDLE createPipe(DWORD mostInstances)
+HANDLE createPipe(DWORD bufferSize = 4096)
 {
     return CreateNamedPipeW(pipePath, PIPE_ACCESS_DUPLEX,
-                            PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, mostInstances,
-                            4096, 4096, 0, nullptr);
+                            PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, bufferSize,
+                            bufferSize, 0, nullptr);
 }
 
 HANDLE openPipe()
@@ -52,38 +54,39 @@ HANDLE openDevice()
                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-/// Answers all that comes with success and `claimed` bytes of which only four follow.
+/// Serves the device in the port's own messages.
 class FakeDevice
 {
 public:
-    explicit FakeDevice(std::uint32_t claimed)
+    FakeDevice()
     {
         QDir().mkpath(runtimeFolder() + "/dev");
-        listener = listenOnSocket((runtimeFolder() + "/dev/QuorvelAudioBus0").toStdString(), 0);
-        server = std::thread([this, claimed] { serve(claimed); });
+        listener = listenOnSocket((runtimeFolder() + "/dev/QuorvelAudioBus0").toStdString());
     }
-    ~FakeDevice() { server.join(); }
-    FakeDevice(const FakeDevice&) = delete;
-    FakeDevice& operator=(const FakeDevice&) = delete;
 
-private:
-    void serve(std::uint32_t claimed)
+    /// Waits for the next request, of the first handle that was opened.
+    DeviceRequest receive()
     {
-        pollfd watched = {listener.get(), POLLIN, 0};
-        ::poll(&watched, 1, 5000);
-        const FileDescriptor client = acceptSocket(listener.get());
+        if (!client.isValid())
+            client = acceptSocket(listener.get());
+        pollfd watched = {client.get(), POLLIN, 0};
+        ::poll(&watched, 1, -1);
         DeviceRequest request = {};
         std::vector<std::uint8_t> input(largestTransfer);
-        while (receiveMessage(client.get(), &request, sizeof request, input.data(), input.size()) >
-               0) {
-            const bool reads = request.outputLength > 0;
-            const DeviceAnswer answer = {0, reads ? claimed : 0};
-            sendMessage(client.get(), &answer, sizeof answer, "abcd", reads ? 4 : 0);
-        }
+        receiveMessage(client.get(), &request, sizeof request, input.data(), input.size());
+        return request;
     }
 
+    /// Answers with so many bytes; `claimed` says how many there should be.
+    void answer(const DeviceRequest& request, std::uint32_t claimed, std::uint32_t sent) const
+    {
+        const DeviceAnswer answer = {request.number, 0, claimed};
+        sendMessage(client.get(), &answer, sizeof answer, "abcdefgh", sent);
+    }
+
+private:
     FileDescriptor listener;
-    std::thread server;
+    FileDescriptor client;
 };
 
 DWORD request(HANDLE device, DWORD inputSize, DWORD outputSize, DWORD& returned)
@@ -96,26 +99,19 @@ DWORD request(HANDLE device, DWORD inputSize, DWORD outputSize, DWORD& returned)
                : DWORD{ERROR_SUCCESS};
 }
 
+/// The same while the device answers.
+DWORD answeredRequest(FakeDevice& fake, HANDLE device, DWORD inputSize, DWORD outputSize,
+                      std::uint32_t claimed, DWORD& returned)
+{
+    std::thread server([&] { fake.answer(fake.receive(), claimed, 4); });
+    const DWORD error = request(device, inputSize, outputSize, returned);
+    server.join();
+    return error;
+}
+
 qsizetype openDescriptors()
 {
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::Dirs).size();
-}
-
-/// What the shell script writes into the file `result` beside it.
-QString outputOfStarted(const QByteArray& script)
-{
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("script"));
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(script) == script.size();
-    file.close();
-    const QByteArray path = folder.path().toLocal8Bit();
-    if (!written || std::bit_cast<std::uintptr_t>(
-                        ShellExecuteA(nullptr, "open", "sh", "script", path, SW_SHOWNORMAL)) <= 32)
-        return {};
-    QFile result(folder.filePath("result"));
-    return QTest::qWaitFor([&] { return result.exists(); }) && result.open(QIODevice::ReadOnly)
-               ? QString::fromLocal8Bit(result.readAll())
-               : QString();
 }
 
 } // namespace
@@ -128,83 +124,65 @@ class PortTest : public QObject
 
 private slots:
     void init();
-    void deadSocketOfALivingNumber_data();
-    void deadSocketOfALivingNumber();
+    void deadServersPipeIsTakenOver();
     void strayFileIsRemoved();
-    void probingDisturbsNobody();
     void nothingStaysBehind();
     void openFolderIsNotUsed();
     void namesStayInTheFolder_data();
     void namesStayInTheFolder();
-    void tooLongPath();
+    void largestMessage();
     void deviceThatAnswersShort();
     void tooLargeRequest();
-    void startedProgramIsOnItsOwn();
+    void lateAnswerIsDropped();
     void endedProgramLeavesNoZombie();
 };
 
 void PortTest::init()
 {
-    for (const char* part : {"/pipe", "/dev"})
+    for (const char* part : {"/pipe", "/lock", "/dev"})
         QDir(runtimeFolder() + part).removeRecursively();
 }
 
-void PortTest::deadSocketOfALivingNumber_data()
+void PortTest::deadServersPipeIsTakenOver()
 {
-    QTest::addColumn<QString>("name");
-    // The number of a process says nothing: this one and the first one live.
-    QTest::newRow("our own") << QString("%1-999-1").arg(QCoreApplication::applicationPid());
-    QTest::newRow("of another process") << QString("1-1-1");
-}
-
-void PortTest::deadSocketOfALivingNumber()
-{
-    QFETCH(QString, name);
-    const QString file = pipeFolder() + '/' + name;
-    QVERIFY(QDir().mkpath(pipeFolder()));
-    listenOnSocket(file.toStdString(), 0);
-    QVERIFY(QFileInfo::exists(file));
-
-    const ScopedHandle pipe(createPipe(PIPE_UNLIMITED_INSTANCES));
-    QVERIFY2(pipe.isValid(), "the dead one's limit counts");
-    QVERIFY(!QFileInfo::exists(file));
-    const ScopedHandle second(createPipe(PIPE_UNLIMITED_INSTANCES));
-    QVERIFY(second.isValid());
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // With a client that was not served.
+        createPipe();
+        openPipe();
+        ::_exit(0);
+    }
+    QCOMPARE(::waitpid(child, nullptr, 0), child);
+    QCOMPARE(files(), QStringList({"QuorvelLeftover", "QuorvelLeftover"}));
+    QCOMPARE(openPipe(), INVALID_HANDLE_VALUE);
+    QCOMPARE(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
+    const ScopedHandle pipe(createPipe());
+    QVERIFY(pipe.isValid());
+    const ScopedHandle client(openPipe());
+    QVERIFY(client.isValid());
 }
 
 void PortTest::strayFileIsRemoved()
 {
-    QVERIFY(QDir().mkpath(pipeFolder()));
-    QFile stray(pipeFolder() + "/1-1-1");
+    QVERIFY(QDir().mkpath(runtimeFolder() + "/pipe"));
+    QFile stray(runtimeFolder() + "/pipe/QuorvelLeftover");
     QVERIFY(stray.open(QIODevice::WriteOnly));
-    const ScopedHandle pipe(createPipe(1));
+    const ScopedHandle pipe(createPipe());
     QVERIFY(pipe.isValid());
-    QVERIFY(!stray.exists());
-}
-
-void PortTest::probingDisturbsNobody()
-{
-    const ScopedHandle pipe(createPipe(1));
-    QVERIFY(pipe.isValid());
-    for (int attempt = 0; attempt < 3; ++attempt) {
-        QCOMPARE(createPipe(1), INVALID_HANDLE_VALUE);
-        QCOMPARE(GetLastError(), DWORD{ERROR_PIPE_BUSY});
-    }
     const ScopedHandle client(openPipe());
     QVERIFY(client.isValid());
-    QCOMPARE(ConnectNamedPipe(pipe.get(), nullptr), FALSE);
-    QCOMPARE(GetLastError(), DWORD{ERROR_PIPE_CONNECTED});
 }
 
 void PortTest::nothingStaysBehind()
 {
     const auto round = [] {
-        const ScopedHandle pipe(createPipe(1));
+        const ScopedHandle pipe(createPipe());
         const ScopedHandle client(openPipe());
         QVERIFY(pipe.isValid() && client.isValid());
+        QCOMPARE(openPipe(), INVALID_HANDLE_VALUE);
         ConnectNamedPipe(pipe.get(), nullptr);
         DisconnectNamedPipe(pipe.get());
-        QCOMPARE(createPipe(1), INVALID_HANDLE_VALUE);
+        QCOMPARE(createPipe(), INVALID_HANDLE_VALUE);
         QCOMPARE(openDevice(), INVALID_HANDLE_VALUE);
     };
     round();
@@ -212,16 +190,16 @@ void PortTest::nothingStaysBehind()
     for (int i = 0; i < 20; ++i)
         round();
     QCOMPARE(openDescriptors(), before);
-    QCOMPARE(QDir(pipeFolder()).entryList(QDir::Files | QDir::System), QStringList{"lock"});
+    QCOMPARE(files(), QStringList());
 }
 
 void PortTest::openFolderIsNotUsed()
 {
-    FakeDevice device(4);
-    const ScopedHandle pipe(createPipe(1));
+    FakeDevice device;
+    const ScopedHandle pipe(createPipe());
     const QFile::Permissions before = QFile::permissions(runtimeFolder());
     QVERIFY(QFile::setPermissions(runtimeFolder(), before | QFile::ExeOther));
-    const HANDLE opened[] = {openDevice(), openPipe(), createPipe(PIPE_UNLIMITED_INSTANCES)};
+    const HANDLE opened[] = {openDevice(), openPipe(), createPipe()};
     const DWORD error = GetLastError();
     QFile::setPermissions(runtimeFolder(), before);
     for (const HANDLE handle : opened)
@@ -253,70 +231,73 @@ void PortTest::namesStayInTheFolder()
     QCOMPARE(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
 }
 
-void PortTest::tooLongPath()
+void PortTest::largestMessage()
 {
-    const std::wstring path = LR"(\\.\)" + std::wstring(150, L'x');
-    QCOMPARE(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
-             INVALID_HANDLE_VALUE);
-    QCOMPARE(GetLastError(), DWORD{ERROR_FILENAME_EXCED_RANGE});
+    const ScopedHandle pipe(createPipe(PipeStream::largestMessage));
+    const ScopedHandle client(openPipe());
+    const std::vector<char> message(PipeStream::largestMessage + 1, 'z');
+    DWORD count = 77;
+    QCOMPARE(
+        WriteFile(client.get(), message.data(), PipeStream::largestMessage + 1, &count, nullptr),
+        FALSE);
+    QCOMPARE(GetLastError(), DWORD{ERROR_NO_SYSTEM_RESOURCES});
+    QCOMPARE(count, 0U);
+    QVERIFY(WriteFile(client.get(), message.data(), PipeStream::largestMessage, &count, nullptr));
+    std::vector<char> buffer(message.size());
+    QVERIFY(ReadFile(pipe.get(), buffer.data(), PipeStream::largestMessage, &count, nullptr));
+    QCOMPARE(count, PipeStream::largestMessage);
 }
 
 void PortTest::deviceThatAnswersShort()
 {
-    FakeDevice fake(100);
+    FakeDevice fake;
     const ScopedHandle device(openDevice());
     QVERIFY(device.isValid());
     DWORD returned = 77;
-    QCOMPARE(request(device.get(), 0, 200, returned), DWORD{ERROR_DEVICE_NOT_CONNECTED});
+    QCOMPARE(answeredRequest(fake, device.get(), 0, 200, 100, returned),
+             DWORD{ERROR_DEVICE_NOT_CONNECTED});
     QCOMPARE(returned, 0U);
     // Nor may it store more than there is room for.
-    QCOMPARE(request(device.get(), 0, 3, returned), DWORD{ERROR_DEVICE_NOT_CONNECTED});
+    QCOMPARE(answeredRequest(fake, device.get(), 0, 3, 4, returned),
+             DWORD{ERROR_DEVICE_NOT_CONNECTED});
 }
 
 void PortTest::tooLargeRequest()
 {
-    FakeDevice fake(4);
+    FakeDevice fake;
     const ScopedHandle device(openDevice());
     DWORD returned = 0;
     QCOMPARE(request(device.get(), largestTransfer + 1, 0, returned),
              DWORD{ERROR_NO_SYSTEM_RESOURCES});
     QCOMPARE(request(device.get(), 0, largestTransfer + 1, returned),
              DWORD{ERROR_NO_SYSTEM_RESOURCES});
-    QCOMPARE(request(device.get(), largestTransfer, 4, returned), DWORD{ERROR_SUCCESS});
+    QCOMPARE(answeredRequest(fake, device.get(), largestTransfer, 4, 4, returned),
+             DWORD{ERROR_SUCCESS});
     QCOMPARE(returned, 4U);
 }
 
-void PortTest::startedProgramIsOnItsOwn()
+void PortTest::lateAnswerIsDropped()
 {
-    sigset_t blocked;
-    sigset_t before;
-    ::sigemptyset(&blocked);
-    ::sigaddset(&blocked, SIGUSR1);
-    ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
-    const auto handler = ::signal(SIGUSR2, SIG_IGN);
-    const QString text = outputOfStarted(R"(
-streams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)
-echo $streams > result.tmp
-# By the shell alone: while it starts another program it blocks signals itself.
-while read -r name set; do
-    case $name in SigBlk:|SigIgn:) echo "$name $set" >> result.tmp;; esac
-done < /proc/$$/status
-[ $(cut -d ' ' -f 6 /proc/$$/stat) = $$ ] && echo own session >> result.tmp
-mv result.tmp result
-)");
-    ::signal(SIGUSR2, handler);
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    // The two signals above 31 are the thread library's own.
-    const QRegularExpression expected("^/dev/null /dev/null /dev/null\n"
-                                      "SigBlk: 0{16}\n"
-                                      "SigIgn: [01]{8}[08]0{7}\n"
-                                      "own session\n$");
-    QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
+    FakeDevice fake;
+    const ScopedHandle device(openDevice());
+    DWORD returned = 0;
+    WaitingThread thread([&] { return request(device.get(), 0, 200, returned); });
+    const DeviceRequest cancelled = fake.receive();
+    thread.cancel();
+    QCOMPARE(thread.join(), DWORD{ERROR_OPERATION_ABORTED});
+
+    // Longer and shorter than what is asked for next.
+    for (const std::uint32_t size : {1U, 8U}) {
+        fake.answer(cancelled, size, size);
+        QCOMPARE(answeredRequest(fake, device.get(), 0, 4, 4, returned), DWORD{ERROR_SUCCESS});
+        QCOMPARE(returned, 4U);
+    }
 }
 
 void PortTest::endedProgramLeavesNoZombie()
 {
-    QCOMPARE(outputOfStarted("echo $$ > result.tmp; mv result.tmp result").isEmpty(), false);
+    const auto result = ShellExecuteA(nullptr, "open", "true", nullptr, nullptr, SW_SHOWNORMAL);
+    QVERIFY(std::bit_cast<std::uintptr_t>(result) > 32);
     QTRY_COMPARE(::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT), -1);
     QCOMPARE(errno, ECHILD);
 }

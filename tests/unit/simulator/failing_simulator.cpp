@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr int queue = 4;
 constexpr int attention = 20; // milliseconds
 
 std::string doorPath()
@@ -34,7 +33,7 @@ FailingSimulator::FailingSimulator(const Answer& answer)
     : given(answer)
 {
     if (createRuntimeFolder("dev"))
-        listener = listenOnSocket(doorPath(), queue);
+        listener = listenOnSocket(doorPath());
     if (!listener.isValid())
         qFatal("cannot listen on %s", doorPath().c_str());
     server = std::thread([this] { serve(); });
@@ -64,8 +63,7 @@ void FailingSimulator::serveClient(const FileDescriptor& client) const
         DeviceRequest request = {};
         if (receiveMessage(client.get(), &request, sizeof request, input.data(), input.size()) <= 0)
             return;
-        const bool fails = request.call == DeviceCall::control;
-        const DeviceAnswer head = {fails ? given.error : 0, fails ? given.length : 0};
+        const DeviceAnswer head = {request.number, given.error, given.length};
         const std::vector<std::uint8_t> bytes(head.returned, given.value);
         sendMessage(client.get(), &head, sizeof head, bytes.data(), bytes.size());
     }
