@@ -81,7 +81,7 @@ void SingleInstanceMarksTest::guardIsReleasedWhenTheClaimFails()
         // While the one that failed is still there.
         QSystemSemaphore guard(QStringLiteral("QuorvelQtDriverSemaphore"), 1);
         auto acquired = std::async(std::launch::async, [&guard] { return guard.acquire(); });
-        const bool inTime = acquired.wait_for(5s) == std::future_status::ready;
+        const bool inTime = acquired.wait_for(45s) == std::future_status::ready;
         if (!inTime)
             QSystemSemaphore(QStringLiteral("QuorvelQtDriverSemaphore"), 1).release();
         QVERIFY(acquired.get());
