@@ -3,13 +3,11 @@
 #include "controls/control_accessibility.h"
 #include "controls/focus_ring.h"
 #include "controls/knob_editor.h"
-#include "controls/knob_painter.h"
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPaintEvent>
 #include <QPainter>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -186,13 +184,12 @@ void Knob::leaveEvent(QEvent*)
     hovered = false;
 }
 
-void Knob::paintEvent(QPaintEvent* event)
+void Knob::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    paintKnob(painter, *this, event->region());
+    knobPainter.paint(painter, *this);
     if (showText)
         textRect = paintKnobText(painter, *this);
-    paintedValue = value;
     if (FocusRing::isDueOn(*this))
         FocusRing::paint(painter, *this);
 }
@@ -232,8 +229,7 @@ void Knob::change(qint64 candidate)
         ControlAccessibility::announce(*this);
     // Painted on return to the event loop, so the order does not show; a receiver of the signal
     // may well delete the knob.
-    if (isVisible())
-        update(changedArea(*this, paintedValue));
+    update();
     if (isEditing() && value != editedValue) {
         // At once, because the editor covers the text.
         repaint();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/knob_painter.h"
+
 #include <QColor>
 #include <QPointer>
 #include <QRect>
@@ -114,8 +116,8 @@ private:
     void closeEditor();
     bool isEditing() const;
 
-    int paintedValue = 0; ///< what the screen shows
-    int editedValue = 0;  ///< what the open editor was filled with
+    KnobPainter knobPainter;
+    int editedValue = 0; ///< what the open editor was filled with
     QPointer<QWidget> focusBefore;
     bool finishing = false;
 };

@@ -1,18 +1,43 @@
 #pragma once
 
+#include <QColor>
+#include <QPixmap>
 #include <QRect>
-#include <QRegion>
+#include <QSize>
+#include <QTransform>
 
 class Knob;
 class QPainter;
 
-/// What looks different when the knob's value is no longer `before`, and a little around it.
-QRegion changedArea(const Knob& knob, int before);
+/// Paints one knob, and keeps pictures of what its value does not change: the track, which lies
+/// below the value's arc, and the cap, which lies above it. They are made in the pixels of the
+/// device, and anew as soon as they would look different. GUI thread only.
+class KnobPainter
+{
+public:
+    /// Draws track, arc and cap, and leaves the painter antialiased.
+    void paint(QPainter& painter, const Knob& knob);
 
-/// Draws the track, the value arc and the cap of `knob`, in this order, where they show in
-/// `exposed`, and leaves the painter antialiased, with the knob's font and without a clip.
-void paintKnob(QPainter& painter, const Knob& knob, const QRegion& exposed);
+private:
+    /// All that the pictures depend on.
+    struct Look
+    {
+        QSize size;
+        QTransform toPixels; ///< the scale, and how far within one of its pixels the knob begins
+        int arcWidth = 0;
+        bool roundCap = false;
+        bool showTrack = false;
+        QColor trackColor;
+        double knobRatio = 0;
 
-/// Prints the knob's value with its unit in the centre, in the painter's font. Returns the
-/// rectangle of the text.
+        bool operator==(const Look&) const = default;
+    };
+
+    Look kept; ///< what the pictures were made for
+    QPixmap track;
+    QPixmap cap;
+};
+
+/// Prints the knob's value with its unit in the centre, in the knob's font. Returns the rectangle
+/// of the text.
 QRect paintKnobText(QPainter& painter, const Knob& knob);

@@ -8,28 +8,67 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numbers>
+
+/// What the baselines of the picture tests do not show: exact numbers, members that no panel sets,
+/// and that nothing old is left in the pictures that a knob keeps.
+class KnobPaintTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void arcEndsAtTheValue_data();
+    void arcEndsAtTheValue();
+    void spanIsCutToSixteenths_data();
+    void spanIsCutToSixteenths();
+    void wideKnob();
+    void cap();
+    void capLiesOverTheArc();
+    void changedLook_data();
+    void changedLook();
+    void changedScale();
+    void liesOnThePixelsOfTheDevice_data();
+    void liesOnThePixelsOfTheDevice();
+    void printedText_data();
+    void printedText();
+    void fontOfItsOwn();
+    void hiddenText();
+    void oddNumbers_data();
+    void oddNumbers();
+};
 
 namespace {
 
 constexpr QRgb panel = 0xff2c313c;
 constexpr QRgb track = 0xff44475a;
 constexpr QRgb arc = 0xff00ffff;
+constexpr int lowest = std::numeric_limits<int>::min();
+constexpr int highest = std::numeric_limits<int>::max();
+
+/// The knob as it is, with the upper left corner at `place`.
+QImage render(Knob& knob, double pixelRatio = 1, QPoint place = {})
+{
+    const QSizeF size = QSizeF(knob.width() + place.x(), knob.height() + place.y()) * pixelRatio;
+    QImage image(size.toSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(pixelRatio);
+    image.fill(panel);
+    knob.render(&image, place, {}, QWidget::DrawChildren);
+    return image;
+}
 
 QImage picture(Knob& knob, int width = 120, int height = 120)
 {
     knob.resize(width, height);
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(panel);
-    knob.render(&image, {}, {}, QWidget::DrawChildren);
-    return image;
+    return render(knob);
 }
 
 /// The pixel on the middle of the arcs of a knob of 120 pixels, at this angle in degrees,
 /// counted anticlockwise from three o'clock.
-QRgb onArc(const QImage& image, double degrees, double radius = 53)
+QRgb onArc(const QImage& image, double degrees)
 {
+    constexpr double radius = 53;
     const double angle = degrees * std::numbers::pi / 180.0;
     return image.pixel(int(60 + radius * std::cos(angle)), int(60 - radius * std::sin(angle)));
 }
@@ -50,70 +89,39 @@ int count(const QImage& image, QRgb color)
     return found;
 }
 
+/// By how many levels a channel differs at the most.
+int largestDifference(const QImage& one, const QImage& other)
+{
+    int worst = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QRgb a = one.pixel(x, y);
+            const QRgb b = other.pixel(x, y);
+            worst = std::max({worst, std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                              std::abs(qBlue(a) - qBlue(b))});
+        }
+    }
+    return worst;
+}
+
 } // namespace
-
-class KnobPaintTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void arcAtTheMinimum();
-    void arcAtTheMaximum();
-    void arcEndsAtTheValue_data();
-    void arcEndsAtTheValue();
-    void spanIsCutToSixteenths_data();
-    void spanIsCutToSixteenths();
-    void colorsOfItsOwn();
-    void wideKnob();
-    void highKnob();
-    void withoutTrack();
-    void arcWidthAndRoundCap();
-    void cap();
-    void capFollowsTheRatio();
-    void printedText_data();
-    void printedText();
-    void fontOfItsOwn();
-    void fontFamilyOfItsOwn();
-    void textOfAWideKnob();
-    void hiddenText();
-    void oddNumbers_data();
-    void oddNumbers();
-};
-
-void KnobPaintTest::arcAtTheMinimum()
-{
-    Knob knob;
-    const QImage image = picture(knob);
-    for (const double degrees : {225.0, 180.0, 135.0, 90.0, 45.0, 0.0, 315.0})
-        QCOMPARE(onArc(image, degrees), track);
-    QCOMPARE(onArc(image, 270), panel);
-    QCOMPARE(count(image, arc), 0);
-}
-
-void KnobPaintTest::arcAtTheMaximum()
-{
-    Knob knob;
-    knob.value = 6;
-    const QImage image = picture(knob);
-    for (const double degrees : {225.0, 180.0, 135.0, 90.0, 45.0, 0.0, 315.0})
-        QCOMPARE(onArc(image, degrees), arc);
-    QCOMPARE(onArc(image, 270), panel);
-    QCOMPARE(count(image, track), 0);
-}
 
 void KnobPaintTest::arcEndsAtTheValue_data()
 {
     QTest::addColumn<int>("minimum");
     QTest::addColumn<int>("maximum");
     QTest::addColumn<int>("value");
-    QTest::addColumn<double>("end");
+    QTest::addColumn<double>("span");
 
-    QTest::newRow("half") << -80 << 6 << -37 << 90.0;
-    QTest::newRow("gain, a third") << 0 << 42 << 14 << 135.0;
-    QTest::newRow("gain, two thirds") << 0 << 42 << 28 << 45.0;
-    QTest::newRow("0 dB") << -80 << 6 << 0 << 225.0 - 80 * 270.0 / 86;
-    QTest::newRow("whole int range")
-        << std::numeric_limits<int>::min() << std::numeric_limits<int>::max() << 0 << 90.0;
+    QTest::newRow("minimum") << -80 << 6 << -80 << 0.0;
+    QTest::newRow("maximum") << -80 << 6 << 6 << 270.0;
+    QTest::newRow("half") << -80 << 6 << -37 << 135.0;
+    QTest::newRow("gain, a third") << 0 << 42 << 14 << 90.0;
+    QTest::newRow("0 dB") << -80 << 6 << 0 << 80 * 270.0 / 86;
+    QTest::newRow("whole int range") << lowest << highest << 0 << 135.0;
+    QTest::newRow("empty range") << 5 << 5 << 5 << 0.0;
+    QTest::newRow("crossed bounds") << 10 << -10 << 10 << 0.0;
+    QTest::newRow("crossed bounds, half") << 10 << -10 << 0 << 135.0;
 }
 
 void KnobPaintTest::arcEndsAtTheValue()
@@ -121,18 +129,21 @@ void KnobPaintTest::arcEndsAtTheValue()
     QFETCH(const int, minimum);
     QFETCH(const int, maximum);
     QFETCH(const int, value);
-    QFETCH(const double, end);
+    QFETCH(const double, span);
 
     Knob knob;
     knob.minimum = minimum;
     knob.maximum = maximum;
     knob.value = value;
     const QImage image = picture(knob);
-    QCOMPARE(onArc(image, 220), arc);
-    // The cap of 3.5 pixels adds 3.8 degrees.
-    QCOMPARE(onArc(image, end - 2), arc);
-    QCOMPARE(onArc(image, end - 6), track);
-    QCOMPARE(onArc(image, 320), track);
+    // The round end of 3.5 pixels adds 3.8 degrees.
+    for (double passed = 2; passed < span; passed += 2)
+        QCOMPARE(onArc(image, 225 - passed), arc);
+    for (double left = span + (span == 0 ? 0 : 6); left < 270; left += 2)
+        QCOMPARE(onArc(image, 225 - left), track);
+    QCOMPARE(onArc(image, 270), panel);
+    QCOMPARE(count(image, arc) == 0, span == 0);
+    QCOMPARE(count(image, track) == 0, span == 270);
 }
 
 void KnobPaintTest::spanIsCutToSixteenths_data()
@@ -142,7 +153,6 @@ void KnobPaintTest::spanIsCutToSixteenths_data()
 
     // 270 * 16 / maximum for a value of 1.
     QTest::newRow("617.14") << 7 << 617;
-    QTest::newRow("392.73") << 11 << 392;
     QTest::newRow("187.83") << 23 << 187;
     QTest::newRow("360") << 12 << 360;
 }
@@ -181,22 +191,6 @@ void KnobPaintTest::spanIsCutToSixteenths()
     QVERIFY(image.copy(leftSide) != drawn(span - 1).copy(leftSide));
 }
 
-void KnobPaintTest::colorsOfItsOwn()
-{
-    Knob knob;
-    knob.trackColor = QColor(0x11, 0x22, 0x33);
-    knob.arcColor = QColor(0xf1, 0xfa, 0x8c);
-    knob.textColor = QColor(0x00, 0xff, 0x7f);
-    knob.value = -37;
-    const QImage image = picture(knob);
-    QCOMPARE(onArc(image, 135), 0xfff1fa8c);
-    QCOMPARE(onArc(image, 45), 0xff112233);
-    QVERIFY(count(image, 0xff00ff7f) > 0);
-    QCOMPARE(count(image, 0xffff79c6), 0);
-    QCOMPARE(count(image, track), 0);
-    QCOMPARE(count(image, arc), 0);
-}
-
 void KnobPaintTest::wideKnob()
 {
     Knob knob;
@@ -215,59 +209,6 @@ void KnobPaintTest::wideKnob()
     QVERIFY(isGrey(image.pixel(171, 99), 30));
     QVERIFY(isGrey(image.pixel(175, 99), 20));
     QCOMPARE(image.pixel(178, 99), panel);
-}
-
-void KnobPaintTest::highKnob()
-{
-    Knob knob;
-    knob.showText = false;
-    knob.value = 6;
-    const QImage image = picture(knob, 120, 200);
-    QCOMPARE(image.pixel(60, 7), arc);
-    QCOMPARE(image.pixel(60, 192), panel);
-    QCOMPARE(image.pixel(7, 100), arc);
-    QCOMPARE(image.pixel(112, 100), arc);
-    // As on a square of 120 pixels, at its place in the upper left corner.
-    QCOMPARE(image.pixel(59, 15), panel);
-    QVERIFY(isGrey(image.pixel(59, 18), 30));
-    QVERIFY(isGrey(image.pixel(61, 102), 20));
-    QCOMPARE(image.pixel(61, 104), panel);
-}
-
-void KnobPaintTest::withoutTrack()
-{
-    Knob knob;
-    knob.showTrack = false;
-    knob.value = -37;
-    const QImage image = picture(knob);
-    QCOMPARE(onArc(image, 135), arc);
-    QCOMPARE(onArc(image, 45), panel);
-    QCOMPARE(count(image, track), 0);
-}
-
-void KnobPaintTest::arcWidthAndRoundCap()
-{
-    Knob knob;
-    knob.value = 6;
-    QImage image = picture(knob);
-    // The stroke of 7 pixels lies across the circle of radius 53.
-    QCOMPARE(onArc(image, 90, 56), arc);
-    QCOMPARE(onArc(image, 90, 58), panel);
-    QCOMPARE(onArc(image, 90, 51), arc);
-    QCOMPARE(onArc(image, 90, 48), panel);
-    QCOMPARE(onArc(image, 227), arc);
-
-    // The pen's own cap is square and fills the corners which the round one leaves.
-    const int round = count(image, arc);
-    knob.roundCap = false;
-    image = picture(knob);
-    QVERIFY(count(image, arc) > round);
-
-    knob.arcWidth = 3;
-    image = picture(knob);
-    QCOMPARE(image.pixel(60, 3), arc);
-    QCOMPARE(image.pixel(60, 0), panel);
-    QCOMPARE(image.pixel(60, 5), panel);
 }
 
 void KnobPaintTest::cap()
@@ -289,17 +230,94 @@ void KnobPaintTest::cap()
     QCOMPARE(image.pixel(61, 104), panel);
 }
 
-void KnobPaintTest::capFollowsTheRatio()
+void KnobPaintTest::capLiesOverTheArc()
 {
     Knob knob;
-    knob.showText = false;
+    knob.value = 6;
+    knob.arcWidth = 30;
     knob.knobRatio = 0.5;
-    const QImage image = picture(knob);
-    // s = 53: the inner cap covers trunc(26.5) + 7 = 33 to 86.
-    QCOMPARE(image.pixel(59, 31), panel);
-    QVERIFY(isGrey(image.pixel(59, 35), 30));
-    QVERIFY(isGrey(image.pixel(59, 85), 30));
-    QCOMPARE(image.pixel(60, 89), panel);
+    // D = 60: the arcs cover 15 to 45 pixels from the centre, the cap, of radius 15, none of that.
+    QCOMPARE(picture(knob).pixel(100, 60), arc);
+    QCOMPARE(picture(knob).pixel(85, 60), arc);
+    knob.knobRatio = 1;
+    QCOMPARE(picture(knob).pixel(100, 60), arc);
+    QVERIFY(isGrey(picture(knob).pixel(85, 60), 30));
+}
+
+void KnobPaintTest::changedLook_data()
+{
+    using Change = std::function<void(Knob&)>;
+    QTest::addColumn<Change>("change");
+    const auto row = [](const char* name, const Change& change) { QTest::newRow(name) << change; };
+    row("value", [](Knob& knob) { knob.value = 3; });
+    row("arc", [](Knob& knob) { knob.arcColor = Qt::red; });
+    row("track", [](Knob& knob) { knob.trackColor = QColor(QStringLiteral("#44475b")); });
+    row("no track", [](Knob& knob) { knob.showTrack = false; });
+    row("square ends", [](Knob& knob) { knob.roundCap = false; });
+    row("thinner arcs", [](Knob& knob) { knob.arcWidth = 6; });
+    row("smaller cap", [](Knob& knob) { knob.knobRatio = 0.7; });
+    row("size", [](Knob& knob) { knob.resize(119, 120); });
+}
+
+/// What is set later looks as if it had been so from the beginning.
+void KnobPaintTest::changedLook()
+{
+    QFETCH(const std::function<void(Knob&)>, change);
+    for (const double pixelRatio : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0}) {
+        Knob knob;
+        Knob fresh;
+        for (Knob* each : {&knob, &fresh}) {
+            each->resize(120, 120);
+            each->value = -37;
+        }
+        const QImage before = render(knob, pixelRatio);
+        change(knob);
+        change(fresh);
+        QVERIFY(render(knob, pixelRatio) != before);
+        QCOMPARE(render(knob, pixelRatio), render(fresh, pixelRatio));
+    }
+}
+
+/// As when the window moves between monitors, and within one of them.
+void KnobPaintTest::changedScale()
+{
+    Knob knob;
+    knob.resize(70, 70);
+    for (const double pixelRatio : {1.0, 1.5, 2.0, 1.25, 1.0, 1.75, 3.0}) {
+        for (const QPoint place : {QPoint(), QPoint(1, 2), QPoint(2, 1), QPoint(40, 10)}) {
+            Knob fresh;
+            fresh.resize(70, 70);
+            QCOMPARE(render(knob, pixelRatio, place), render(fresh, pixelRatio, place));
+        }
+    }
+}
+
+void KnobPaintTest::liesOnThePixelsOfTheDevice_data()
+{
+    QTest::addColumn<double>("pixelRatio");
+    for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0})
+        QTest::addRow("%g", ratio) << ratio;
+}
+
+/// The track, which is painted by way of a picture, and the value's arc, which is not, cover the
+/// same pixels to the same degree, wherever on a pixel the knob begins.
+void KnobPaintTest::liesOnThePixelsOfTheDevice()
+{
+    QFETCH(const double, pixelRatio);
+    Knob empty;
+    empty.resize(70, 70);
+    empty.showText = false;
+    empty.trackColor = empty.arcColor;
+    Knob full;
+    full.resize(70, 70);
+    full.showText = false;
+    full.showTrack = false;
+    full.value = full.maximum;
+    for (const QPoint place : {QPoint(), QPoint(1, 2), QPoint(2, 1), QPoint(3, 3)}) {
+        const int found =
+            largestDifference(render(empty, pixelRatio, place), render(full, pixelRatio, place));
+        QVERIFY2(found <= 1, qPrintable(QString::number(found)));
+    }
 }
 
 void KnobPaintTest::printedText_data()
@@ -329,11 +347,11 @@ void KnobPaintTest::printedText()
     knob.value = value;
     knob.displayOffset = offset;
     knob.suffix = suffix;
-    const QImage image = picture(knob);
+    const QImage image = picture(knob, 160, 120);
 
     const QFont font(QStringLiteral("Segoe UI"), 12);
     const QRect place =
-        QFontMetrics(font, &image).boundingRect(QRect(0, 0, 120, 120), Qt::AlignCenter, text);
+        QFontMetrics(font, &image).boundingRect(QRect(0, 0, 160, 120), Qt::AlignCenter, text);
     QCOMPARE(knob.textRect, place);
 
     // Behind the text the cap is of one colour.
@@ -352,41 +370,18 @@ void KnobPaintTest::printedText()
 void KnobPaintTest::fontOfItsOwn()
 {
     Knob knob;
-    picture(knob);
-    const QRect usual = knob.textRect;
     knob.fontPointSize = 20;
-    const QImage image = picture(knob);
-    QVERIFY(knob.textRect.width() > usual.width());
-    QCOMPARE(knob.textRect, QFontMetrics(QFont(knob.fontFamily, 20), &image)
-                                .boundingRect(image.rect(), Qt::AlignCenter, "-80dB"));
-}
-
-void KnobPaintTest::fontFamilyOfItsOwn()
-{
-    Knob knob;
     const QImage usual = picture(knob);
     const QStringList families = QFontDatabase::families();
     const auto differs = [&](const QString& family) {
         knob.fontFamily = family;
         const QImage image = picture(knob);
         return image != usual &&
-               knob.textRect == QFontMetrics(QFont(family, 12), &image)
+               knob.textRect == QFontMetrics(QFont(family, 20), &image)
                                     .boundingRect(image.rect(), Qt::AlignCenter, "-80dB");
     };
     QVERIFY2(std::any_of(families.cbegin(), families.cend(), differs),
              qPrintable(families.join(u' ')));
-}
-
-void KnobPaintTest::textOfAWideKnob()
-{
-    Knob knob;
-    const QImage image = picture(knob, 200, 120);
-    const QRect place = QFontMetrics(QFont(knob.fontFamily, 12), &image)
-                            .boundingRect(image.rect(), Qt::AlignCenter, "-80dB");
-    QCOMPARE(knob.textRect, place);
-    QVERIFY(std::abs(place.center().x() - 100) <= 1 && std::abs(place.center().y() - 60) <= 2);
-    QVERIFY(count(image.copy(place), 0xffff79c6) > 0);
-    QCOMPARE(count(image, 0xffff79c6), count(image.copy(place), 0xffff79c6));
 }
 
 void KnobPaintTest::hiddenText()
@@ -408,12 +403,8 @@ void KnobPaintTest::oddNumbers_data()
     QTest::addColumn<double>("ratio");
     QTest::addColumn<int>("size");
 
-    constexpr int lowest = std::numeric_limits<int>::min();
-    constexpr int highest = std::numeric_limits<int>::max();
-    QTest::newRow("empty range") << 5 << 5 << 5 << 7 << 0.8 << 120;
     QTest::newRow("above an empty range") << 5 << 5 << 6 << 7 << 0.8 << 120;
     QTest::newRow("far beyond the range") << -80 << -79 << highest << 7 << 0.8 << 120;
-    QTest::newRow("crossed bounds") << 10 << -10 << 10 << 7 << 0.8 << 120;
     QTest::newRow("lowest value") << 0 << highest << lowest << 7 << 0.8 << 120;
     QTest::newRow("smaller than the arc") << -80 << 6 << 0 << 7 << 0.8 << 8;
     QTest::newRow("one pixel") << -80 << 6 << 0 << 7 << 0.8 << 1;
