@@ -62,9 +62,6 @@ QString ScreenPicture::difference(const QImage& one, const QImage& other)
             place |= QRect(x, y, 1, 1);
         }
     }
-    constexpr int knobs = 6; // in one window, at the most
-    if (count <= knobs && worst <= 1)
-        return {};
     return QStringLiteral("%1 pixels differ, by up to %2, from %3,%4 to %5,%6")
         .arg(count)
         .arg(worst)

@@ -11,11 +11,11 @@ namespace ScreenPicture {
 
 QImage of(const QWidget& window);
 
-/// The same painted in one go, without any picture that was kept. The window stays as it is.
+/// The same painted in one go, without what the toolkit's cache of pictures holds. The window stays
+/// as it is.
 QImage paintedAnew(QWidget& window);
 
-/// How two pictures differ, or nothing. The toolkit rounds a gradient by where it begins in a row,
-/// so that one pixel of a knob of which a part was painted may differ by one level.
+/// How two pictures differ, or nothing.
 QString difference(const QImage& one, const QImage& other);
 
 } // namespace ScreenPicture
