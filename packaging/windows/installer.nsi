@@ -168,6 +168,8 @@ Section /o "un.$(SettingsSection)" UnSettingsSection
     Delete "${SETTINGS_FOLDER}\ks.ini"
     Delete "${SETTINGS_FOLDER}\setting.ini"
     ; What a crash in the middle of saving has left.
+    Delete "${SETTINGS_FOLDER}\*.ini.saving"
+    ; And one of version 2025.10.9.
     Delete "${SETTINGS_FOLDER}\*.ini.lock"
     RMDir "${SETTINGS_FOLDER}"
 SectionEnd

@@ -2,6 +2,7 @@
 #include "app/top_level.h"
 #include "app/translation.h"
 #include "platform/session_end.h"
+#include "storage/settings_file.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -27,5 +28,8 @@ int main(int argc, char** argv)
     setApplicationIcon();
 
     const TopLevel topLevel;
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    // While this is still the only copy.
+    SettingsFile::saveAll();
+    return result;
 }

@@ -53,5 +53,5 @@ void Panel::start()
     PanelWidgets::tabInReadingOrder(root);
     link.presetOutputGains();
     meters.start(this);
-    controls.restore();
+    link.bringBack(this, [this] { controls.restore(); });
 }

@@ -53,6 +53,11 @@ bool PanelLink::storedSwitch(const char* key) const
     return text.compare(onText, Qt::CaseInsensitive) == 0 || text.toInt() != 0;
 }
 
+void PanelLink::bringBack(QObject* panel, const std::function<void()>& restore)
+{
+    settings->bringBack(panel, restore);
+}
+
 void PanelLink::store(const char* key, int value)
 {
     settings->store(key, QString::number(value));

@@ -5,9 +5,11 @@
 
 #include <QString>
 
+#include <functional>
 #include <span>
 #include <vector>
 
+class QObject;
 class SettingsFile;
 
 /// What tells one model's panel from another before it has any control.
@@ -37,6 +39,9 @@ public:
     /// The INI file's boolean: "true", or an `int` other than 0. All else is false, so that a
     /// damaged file never switches phantom power on.
     bool storedSwitch(const char* key) const;
+    /// Runs `restore`, which brings the stored values back; once more when a file that cannot be
+    /// read now can be, if the panel is still there then.
+    void bringBack(QObject* panel, const std::function<void()>& restore);
     /// Write the value to the INI file at once.
     void store(const char* key, int value);
     void store(const char* key, bool value);

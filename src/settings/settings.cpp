@@ -18,6 +18,8 @@ namespace {
 
 constexpr int usbErrorInterval = 1000;
 
+const QString settingsFile = QStringLiteral("setting.ini");
+
 } // namespace
 
 Settings::Settings()
@@ -26,7 +28,7 @@ Settings::Settings()
     qDebug() << "Settings dialog created.";
     setWindowTitle(QStringLiteral("Settings"));
     setStyleSheet(QStringLiteral("QDialog { background-color: #2c313c; color: white; }"));
-    settings = &SettingsFile::open(QStringLiteral("setting.ini"));
+    settings = &SettingsFile::open(settingsFile);
     buildLayout();
     startPipeThread();
     startUsbErrorTimer();
@@ -123,6 +125,16 @@ bool Settings::connectDevice()
 }
 
 void Settings::loadSettings()
+{
+    settings = &SettingsFile::open(settingsFile);
+    settings->bringBack(this, [this] {
+        // A choice that no device takes would pass for applied when the next one comes.
+        if (!reinitPending)
+            showStoredChoices();
+    });
+}
+
+void Settings::showStoredChoices()
 {
     const auto load = [this](const char* key, const char* missing, QComboBox* combo) {
         combo->setCurrentText(settings->text(key, QLatin1String(missing)));

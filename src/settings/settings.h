@@ -30,12 +30,14 @@ public:
 
     /// Opens a connection to the device in place of the one before. False when no device answers.
     bool connectDevice();
-    /// Brings the stored choices into the dialog, which applies those that change.
+    /// Reads setting.ini and brings the stored choices into the dialog, which applies those that
+    /// change. A file that cannot be read now is taken up as soon as it can, while the device that
+    /// refreshFromDevice() has programmed is there.
     void loadSettings();
     /// Programs a newly connected device from the stored choices.
     void refreshFromDevice();
 
-    /// The device must be set up again when it comes back.
+    /// The device must be set up again when it comes back; refreshFromDevice() does that.
     bool reinitPending = false;
 
 protected:
@@ -60,6 +62,7 @@ private:
                          void (Settings::*apply)(int));
     void startPipeThread();
     void startUsbErrorTimer();
+    void showStoredChoices();
 
     bool takeSampleRate(const QString& text);
     bool stop();

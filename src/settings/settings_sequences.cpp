@@ -57,6 +57,7 @@ bool Settings::programSampleRate()
 
 void Settings::refreshFromDevice()
 {
+    reinitPending = false;
     loadSettings();
     qDebug() << "加载控件状态完成";
     qDebug() << "当前音频采样率为：" << device->querySampleRate();

@@ -13,11 +13,10 @@ bool has(const World& world, const std::string& name, Kind kind)
     return world.troubles.has(name, kind, world.interface.requests());
 }
 
-/// A folder reads as an empty file.
 IniFile onDisk(const World& world, const std::string& name)
 {
     const auto found = world.files.find(name);
-    return found == world.files.end() || has(world, name, Kind::folder) ? IniFile() : found->second;
+    return found == world.files.end() ? IniFile() : found->second;
 }
 
 Timer retryOf(const std::string& name)
@@ -28,32 +27,78 @@ Timer retryOf(const std::string& name)
                                : Timer::saveSettings;
 }
 
-/// False when the file cannot be written. What others have changed in it is read only where just
-/// the last step fails.
-bool write(World& world, const std::string& name)
+bool isReadable(const World& world, const std::string& name)
+{
+    return !has(world, name, Kind::folder) &&
+           !(world.files.contains(name) && has(world, name, Kind::unreadable));
+}
+
+bool isWritable(const World& world, const std::string& name)
+{
+    return !has(world, name, Kind::unwritable) && !has(world, name, Kind::full) &&
+           !(world.files.contains(name) &&
+             (has(world, name, Kind::readOnly) || has(world, name, Kind::keptOpen)));
+}
+
+/// Saves what waits, unless the file says just that.
+void write(World& world, const std::string& name)
 {
     KeptFile& file = world.kept.at(name);
-    const bool exists = world.files.contains(name);
-    if (has(world, name, Kind::folder) || has(world, name, Kind::unwritable) ||
-        has(world, name, Kind::full) || has(world, name, Kind::nearlyFull) ||
-        (exists && has(world, name, Kind::readOnly)))
-        return false;
-    file.known = onDisk(world, name);
-    if (exists && has(world, name, Kind::keptOpen))
-        return false;
+    IniFile changed = file.known;
     for (const auto& [key, text] : file.waiting)
-        file.known[key] = text;
-    world.files[name] = file.known;
+        changed[key] = text;
+    if (changed != file.known) {
+        if (!isWritable(world, name))
+            return;
+        world.files[name] = file.known = changed;
+    }
     file.waiting.clear();
-    return true;
+}
+
+void readAndWrite(World& world, const std::string& name)
+{
+    KeptFile& file = world.kept.at(name);
+    if (isReadable(world, name)) {
+        file.known = onDisk(world, name);
+        file.unread = false;
+        write(world, name);
+    }
+    if (!file.unread && file.waiting.empty()) {
+        file.reported.clear();
+        world.time.stop(retryOf(name));
+        return;
+    }
+    if (!world.time.isActive(retryOf(name)))
+        world.time.start(retryOf(name), 1000);
+    const std::string line =
+        std::string(file.unread ? "Cannot read" : "Cannot save") + " the settings yet:";
+    if (std::exchange(file.reported, line) != line)
+        world.debug(line + " \"FOLDER/" + name + '"');
 }
 
 } // namespace
 
 void open(World& world, const std::string& name)
 {
-    world.kept[name];
-    save(world, name);
+    KeptFile& file = world.kept[name];
+    file.unread = true;
+    file.assumed.clear();
+    readAndWrite(world, name);
+}
+
+void restore(World& world, const std::string& name, const std::function<void()>& controls)
+{
+    KeptFile& file = world.kept.at(name);
+    if (!file.unread)
+        return controls();
+    // Whatever is stored meanwhile is put aside: it is what the program had to assume.
+    const IniFile waiting = file.waiting;
+    controls();
+    for (const auto& [key, text] : file.waiting) {
+        if (!waiting.contains(key))
+            file.assumed[key] = text;
+    }
+    file.waiting = waiting;
 }
 
 IniFile content(const World& world, const std::string& name)
@@ -66,35 +111,27 @@ IniFile content(const World& world, const std::string& name)
 
 void store(World& world, const std::string& name, const std::string& key, const std::string& value)
 {
-    world.kept.at(name).waiting[key] = value;
-    save(world, name);
-}
-
-void save(World& world, const std::string& name)
-{
     KeptFile& file = world.kept.at(name);
-    if (file.waiting.empty()) {
-        file.known = onDisk(world, name);
+    const auto assumed = file.assumed.find(key);
+    if (file.unread && !file.waiting.contains(key) && assumed != file.assumed.end() &&
+        assumed->second == value)
         return;
-    }
-    const bool lockIsFree = !has(world, name, Kind::lock);
-    if (lockIsFree && write(world, name)) {
-        file.reported = false;
-        world.time.stop(retryOf(name));
-        return;
-    }
-    world.time.start(retryOf(name), lockIsFree ? 1000 : 250);
-    if (!std::exchange(file.reported, true))
-        world.debug("Cannot save the settings yet: \"FOLDER/" + name + '"');
+    file.waiting[key] = value;
+    if (!file.unread)
+        readAndWrite(world, name);
 }
 
-void close(World& world)
+bool retry(World& world, const std::string& name)
 {
-    for (const auto& [name, file] : world.kept) {
-        if (!file.waiting.empty() && !has(world, name, Kind::lock))
-            write(world, name);
-    }
-    world.kept.clear();
+    const bool wasUnread = world.kept.at(name).unread;
+    readAndWrite(world, name);
+    return wasUnread && !world.kept.at(name).unread;
+}
+
+void saveAll(World& world)
+{
+    for (const auto& [name, file] : world.kept)
+        readAndWrite(world, name);
 }
 
 } // namespace Oracle::Files

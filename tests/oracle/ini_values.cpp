@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// The text behind a key; none for a key that is not there, empty for a list.
+/// The text behind a key; none for a key that is not there, empty for what is no plain text.
 std::optional<std::string> storedText(const IniFile& file, const std::string& key)
 {
     const auto found = file.find(key);
@@ -28,9 +28,13 @@ std::optional<std::string> storedText(const IniFile& file, const std::string& ke
     std::string_view raw = found->second;
     if (raw.size() >= 2 && raw.front() == '"' && raw.back() == '"') {
         raw = raw.substr(1, raw.size() - 2);
-    } else if (raw.find(',') != std::string_view::npos) {
-        return std::string(); // A list is no text.
+    } else {
+        raw = trimmed(raw.substr(0, raw.find(';')));
+        if (raw.find(',') != std::string_view::npos)
+            return std::string(); // A list is no text.
     }
+    if (raw.starts_with('@') || raw.find_first_of("\\\"") != std::string_view::npos)
+        return std::string(); // Nor is what would have to be decoded.
     return std::string(raw);
 }
 
@@ -53,8 +57,9 @@ IniFile parseIni(std::string_view text)
         const std::string_view line = trimmed(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         const std::size_t equals = line.find('=');
-        if (line.starts_with('[') && line.ends_with(']')) {
-            section = line.substr(1, line.size() - 2);
+        const std::size_t bracket = line.find(']');
+        if (line.starts_with('[') && bracket != std::string_view::npos) {
+            section = trimmed(line.substr(1, bracket - 1));
         } else if (equals != std::string_view::npos && equals > 0 && !line.starts_with(';')) {
             const std::string key = section + '/' + std::string(trimmed(line.substr(0, equals)));
             file[key] = trimmed(line.substr(equals + 1));

@@ -91,6 +91,10 @@ void build(World& world)
     unityOutputs(panel);
     fillRouting(panel);
     startReadOuts(world, 2);
+}
+
+void restore(World& world)
+{
     for (const char* key : {instrument, pad, phantom, direct})
         restoreButton(world, key);
     restoreKnob(world, gain);

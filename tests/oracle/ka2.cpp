@@ -143,6 +143,10 @@ void build(World& world)
     addControls(*world.panel);
     unityOutputs(*world.panel);
     startReadOuts(world, 4);
+}
+
+void restore(World& world)
+{
     for (const char* key : {pads[0], phantoms[0], directs[0]})
         restoreButton(world, key);
     restoreKnob(world, gains[0]);

@@ -38,6 +38,10 @@ void build(World& world)
     addButton(panel, {dim, "DIM", "#00FFFF"});
     unityOutputs(panel);
     startReadOuts(world, 1);
+}
+
+void restore(World& world)
+{
     restoreButton(world, direct);
     restoreKnob(world, gain);
     restoreKnob(world, volume);

@@ -130,6 +130,7 @@ void checkProductId(World& world)
     window.meterDevice.reset();
     world.debug("Meter driver handle deleted.");
     window.productId = 0;
+    world.dialog.served = false;
     clearLayout(world);
     world.debug("Cleared all widgets from base layout.");
     world.time.start(Timer::detection, 1000);

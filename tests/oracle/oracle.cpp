@@ -16,6 +16,12 @@ namespace Oracle {
 
 namespace {
 
+void retryPanel(World& world, Model model)
+{
+    if (Files::retry(world, fileOf(model)) && world.panel && world.panel->model == model)
+        restorePanel(world);
+}
+
 void fire(World& world, Timer timer)
 {
     switch (timer) {
@@ -36,13 +42,15 @@ void fire(World& world, Timer timer)
     case Timer::otgOnAfterRateChange:
         return Settings::otgOnAfterRateChange(world);
     case Timer::saveKa1:
-        return Files::save(world, "ka1.ini");
+        return retryPanel(world, Model::ka1);
     case Timer::saveKa2:
-        return Files::save(world, "ka2.ini");
+        return retryPanel(world, Model::ka2);
     case Timer::saveKs:
-        return Files::save(world, "ks.ini");
+        return retryPanel(world, Model::ks);
     case Timer::saveSettings:
-        return Files::save(world, Settings::fileName);
+        if (Files::retry(world, Settings::fileName))
+            Settings::takeUpFile(world);
+        return;
     }
 }
 

@@ -30,6 +30,19 @@ void buildPanel(World& world, Model model)
         Ka2::build(world);
     else
         Ks::build(world);
+    if (world.panel->hasControls)
+        Files::restore(world, fileOf(model), [&] { restorePanel(world); });
+}
+
+void restorePanel(World& world)
+{
+    const Model model = world.panel->model;
+    if (model == Model::ka1)
+        Ka1::restore(world);
+    else if (model == Model::ka2)
+        Ka2::restore(world);
+    else
+        Ks::restore(world);
 }
 
 void knobAnnounces(World& world, const std::string& key)

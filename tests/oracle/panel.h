@@ -15,6 +15,9 @@ void buttonAnnounces(World& world, const std::string& key);
 void setKnob(World& world, const std::string& key, long long value);
 void setButton(World& world, const std::string& key, bool on);
 
+/// Brings the controls to what their file says, in the model's order.
+void restorePanel(World& world);
+
 /// The read-out timer's turn.
 void updateReadOuts(World& world);
 
@@ -60,6 +63,7 @@ std::int32_t phoneSample(const Panel& panel);
 
 namespace Ka1 {
 void build(World& world);
+void restore(World& world);
 void knob(World& world, const std::string& key, int value);
 void button(World& world, const std::string& key, bool on);
 void readOuts(Panel& panel);
@@ -67,6 +71,7 @@ void readOuts(Panel& panel);
 
 namespace Ka2 {
 void build(World& world);
+void restore(World& world);
 void knob(World& world, const std::string& key, int value);
 void button(World& world, const std::string& key, bool on);
 void readOuts(Panel& panel);
@@ -74,6 +79,7 @@ void readOuts(Panel& panel);
 
 namespace Ks {
 void build(World& world);
+void restore(World& world);
 void knob(World& world, const std::string& key, int value);
 void button(World& world, const std::string& key, bool on);
 void readOuts(Panel& panel);

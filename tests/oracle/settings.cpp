@@ -159,12 +159,18 @@ void applySlowMode(World& world)
     save(world, slowMode, "USB慢速模式设置已保存：");
 }
 
-void load(World& world)
+void showStored(World& world)
 {
     for (const Choice choice : {latency, bufferSize, slowMode, sampleRate})
         choose(world, choice,
                textValue(Files::content(world, fileName), keys[choice], missing[choice]));
     world.debug("已从配置文件加载控件状态");
+}
+
+void load(World& world)
+{
+    Files::open(world, fileName);
+    Files::restore(world, fileName, [&] { showStored(world); });
 }
 
 } // namespace
@@ -209,8 +215,15 @@ void choose(World& world, Choice choice, const std::string& item)
         applySlowMode(world);
 }
 
+void takeUpFile(World& world)
+{
+    if (world.dialog.served)
+        showStored(world);
+}
+
 void refreshFromDevice(World& world)
 {
+    world.dialog.served = true;
     load(world);
     world.debug("加载控件状态完成");
     std::uint32_t current = 0;

@@ -9,6 +9,8 @@ namespace Oracle::Settings {
 void create(World& world);
 bool connectDevice(World& world);
 void refreshFromDevice(World& world);
+/// The file could not be read when the device came, and now it can.
+void takeUpFile(World& world);
 /// Shows this item of the combo, if it has it, and applies it if it is another.
 void choose(World& world, Choice choice, const std::string& item);
 void updateUsbErrors(World& world);

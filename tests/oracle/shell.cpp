@@ -41,6 +41,7 @@ void start(World& world, const std::string& locale)
 void quit(World& world)
 {
     world.events.emplace_back("ended with 0");
+    Files::saveAll(world);
     Input::leaveEditor(world);
     world.debug("Settings dialog closed and resources cleaned up.");
     world.debug("Pipe closed.");
@@ -49,7 +50,7 @@ void quit(World& world)
     world.window = Window();
     world.dialog = Dialog();
     world.time.stopAll();
-    Files::close(world);
+    world.kept.clear();
 }
 
 void startSecondCopy(World& world)

@@ -9,13 +9,10 @@ const std::string wholeFolder = "folder";
 Trouble::Kind kindOf(const std::string& name)
 {
     using Kind = Trouble::Kind;
-    static const std::map<std::string, Kind> kinds{{"unwritable", Kind::unwritable},
-                                                   {"full", Kind::full},
-                                                   {"nearlyfull", Kind::nearlyFull},
-                                                   {"readonly", Kind::readOnly},
-                                                   {"keptopen", Kind::keptOpen},
-                                                   {"folder", Kind::folder},
-                                                   {"lock", Kind::lock}};
+    static const std::map<std::string, Kind> kinds{
+        {"unwritable", Kind::unwritable}, {"full", Kind::full},
+        {"readonly", Kind::readOnly},     {"keptopen", Kind::keptOpen},
+        {"folder", Kind::folder},         {"unreadable", Kind::unreadable}};
     return kinds.at(name);
 }
 

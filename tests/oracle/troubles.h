@@ -7,18 +7,18 @@
 
 namespace Oracle {
 
-/// What keeps an INI file from being saved, for as long as the driver is asked certain requests:
-/// a clock that the panel under test and the oracle share.
+/// What keeps an INI file from being read or saved, for as long as the driver is asked certain
+/// requests: a clock that the panel under test and the oracle share.
 struct Trouble
 {
     enum class Kind {
         unwritable, ///< nothing can be made or renamed in the folder
         full,       ///< nothing can be written to the disk
-        nearlyFull, ///< a lock still fits on the disk, the file's new content does not
         readOnly,   ///< the file cannot be opened for writing
         keptOpen,   ///< the file cannot be replaced, for another program has it open
         folder,     ///< somebody has put the file aside and made a folder of its name
-        lock,       ///< another program holds the lock
+        unreadable, ///< the file, if there is one, cannot be opened: another program has it for
+                    ///< itself
     };
     static constexpr long long always = -1;
 

@@ -96,6 +96,7 @@ struct Dialog
     bool minimised = false;
     std::string usbLine; ///< empty: hidden
     std::uint32_t sampleRate = 0;
+    bool served = false; ///< a device has been programmed and not been lost since
 };
 
 struct Window
@@ -112,9 +113,11 @@ struct Window
 /// An INI file as the program keeps it.
 struct KeptFile
 {
-    IniFile known;         ///< what its settings object believes to be in the file
-    IniFile waiting;       ///< not saved yet
-    bool reported = false; ///< the line of the present trouble is out
+    IniFile known;   ///< what it found in the file or wrote to it
+    IniFile waiting; ///< not saved yet
+    bool unread = true;
+    IniFile assumed;      ///< what was restored while the file was unread
+    std::string reported; ///< the line of the present trouble
 };
 
 enum class ResetPipe { absent, busy, serves, refuses };

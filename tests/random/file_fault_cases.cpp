@@ -16,10 +16,10 @@ using Texts = std::initializer_list<const char*>;
 std::vector<Action> troubles(const std::string& model)
 {
     std::vector<Action> list;
-    for (const char* kind : {"unwritable", "full", "nearlyfull"})
+    for (const char* kind : {"unwritable", "full"})
         list.push_back({"trouble", {"folder", kind}});
     for (const std::string& file : {model + ".ini", std::string("setting.ini")}) {
-        for (const char* kind : {"readonly", "keptopen", "folder", "lock"})
+        for (const char* kind : {"readonly", "keptopen", "folder", "unreadable"})
             list.push_back({"trouble", {file, kind}});
     }
     return list;
@@ -146,7 +146,7 @@ std::vector<MatrixCase> fileFaultCases()
             cases.add();
             cases.addSuccession(next);
         }
-        for (const char* kind : {"readonly", "keptopen", "folder", "lock"})
+        for (const char* kind : {"readonly", "keptopen", "folder", "unreadable"})
             Cases(model, {"trouble", {std::string(next.name) + ".ini", kind}}, list)
                 .addSuccession(next);
     }

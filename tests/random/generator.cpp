@@ -277,16 +277,17 @@ std::string Generator::anyFile()
     return oneOf({"ka1.ini", "ka2.ini", "ks.ini", "setting.ini"});
 }
 
-/// What keeps the files from being saved, from now or a request that is to come on.
+/// What keeps the files from being read or saved, from now or a request that is to come on.
 Action Generator::trouble()
 {
     if (chance(35))
         return {"mend", {}};
     Action action{"trouble", {}};
     if (chance(30))
-        action.arguments = {"folder", oneOf({"unwritable", "full", "nearlyfull"})};
+        action.arguments = {"folder", oneOf({"unwritable", "full"})};
     else
-        action.arguments = {anyFile(), oneOf({"readonly", "keptopen", "folder", "lock", "lock"})};
+        action.arguments = {anyFile(),
+                            oneOf({"readonly", "keptopen", "folder", "unreadable", "unreadable"})};
     action.arguments.push_back(oneOf({"0", "0", "1", "3", "10"}));
     action.arguments.push_back(oneOf({"0", "0", "1", "4", "30"}));
     return action;

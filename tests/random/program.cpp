@@ -18,12 +18,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSettings>
 #include <QStandardPaths>
 #include <QTranslator>
 
@@ -36,19 +34,6 @@ bool QSystemTrayIcon::isSystemTrayAvailable()
 }
 
 namespace {
-
-/// As a new process finds them: the toolkit keeps in mind the last files it has read, and what
-/// could not be written to them, until it has read enough of others.
-void forgetFiles()
-{
-    forgetSettingsFiles();
-    constexpr int enoughKeys = 360;
-    QSettings other(QDir::temp().filePath(QStringLiteral("other.ini")), QSettings::IniFormat);
-    if (other.allKeys().size() == enoughKeys)
-        return;
-    for (int i = 0; i < enoughKeys; ++i)
-        other.setValue(QString::number(i), i);
-}
 
 /// Notes the box that blocks the program, and closes it.
 void answerBox()
@@ -94,7 +79,7 @@ Program::~Program()
     window.reset();
     settings.reset();
     instance.reset();
-    forgetFiles();
+    forgetSettingsFiles();
     VirtualTime::instance().settle();
 }
 
@@ -172,11 +157,12 @@ void Program::quit()
     QAction* const action = entry("Quit");
     QMetaObject::invokeMethod(action, &QAction::trigger, Qt::QueuedConnection);
     Record::add("ended with " + std::to_string(QApplication::exec()));
+    SettingsFile::saveAll();
     icon.reset();
     window.reset();
     settings.reset();
     instance.reset();
-    forgetFiles();
+    forgetSettingsFiles();
     if (!VirtualPlatform::openHandles().empty())
         Record::add("left handles open: " + std::to_string(VirtualPlatform::openHandles().size()));
     Record::takeThreadLines(); // How the thread's wait ends is its own business.

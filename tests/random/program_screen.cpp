@@ -10,7 +10,6 @@
 
 #include <QComboBox>
 #include <QDir>
-#include <QFile>
 #include <QGraphicsDropShadowEffect>
 #include <QLabel>
 #include <QLayout>
@@ -111,14 +110,10 @@ std::vector<std::string> Program::storage()
         folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString& entry : names) {
         const std::string name = entry.toStdString();
-        QFile file(QString::fromStdString(VirtualFiles::place(name)));
-        if (!name.ends_with(".ini")) {
-            if (!VirtualFiles::isHeldLock(name))
-                lines.push_back("left behind " + name);
-        } else if (file.open(QIODevice::ReadOnly)) {
-            for (const auto& [key, value] : Oracle::parseIni(file.readAll().toStdString()))
-                lines.push_back(name + ' ' + key + '=' + value);
-        }
+        if (!name.ends_with(".ini"))
+            lines.push_back("left behind " + name);
+        for (const auto& [key, value] : Oracle::parseIni(VirtualFiles::read(name)))
+            lines.push_back(name + ' ' + key + '=' + value);
     }
     return lines;
 }

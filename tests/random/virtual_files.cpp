@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstdarg>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -19,9 +19,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 using Kind = Oracle::Trouble::Kind;
@@ -36,16 +34,14 @@ struct OpenFile
 {
     dev_t device;
     ino_t inode;
-    bool isLock;
 };
 
 std::string folder = "/nowhere";
 bool othersHand = false; ///< writes at present
 Oracle::Troubles troubles;
-std::map<std::string, int> heldLocks; ///< by the name of the INI file
-std::vector<std::string> shadowed;    ///< in their places are folders
-std::mutex mutex;                     ///< of what follows: the pipe thread writes as well
-std::map<int, OpenFile> openFiles;    ///< by number, perhaps closed again meanwhile
+std::vector<std::string> shadowed; ///< in their places are folders
+std::mutex mutex;                  ///< of what follows: the pipe thread writes as well
+std::map<int, OpenFile> openFiles; ///< by number, perhaps closed again meanwhile
 
 bool has(const std::string& name, Kind kind)
 {
@@ -90,25 +86,6 @@ void setFolder(const std::string& name, bool wanted)
     }
 }
 
-void setLock(const std::string& name, bool wanted)
-{
-    const auto held = heldLocks.find(name);
-    if (wanted == (held != heldLocks.end()))
-        return;
-    const std::string path = folder + '/' + name + ".lock";
-    if (!wanted) {
-        unlink(path.c_str());
-        close(held->second);
-        heldLocks.erase(held);
-        return;
-    }
-    Disk::create_directories(folder);
-    const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (lock < 0 || flock(lock, LOCK_EX | LOCK_NB) != 0)
-        std::abort();
-    heldLocks[name] = lock;
-}
-
 template <typename Call> Call systems(const char* name)
 {
     return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
@@ -122,17 +99,18 @@ std::optional<std::string> nameOf(std::string_view path)
     return std::string(path.substr(folder.size() + 1));
 }
 
-/// 0 when a file of the folder, or one without a name in it, may be opened that way.
+/// 0 when a file of the folder may be opened that way.
 int refusal(const char* path, int flags)
 {
-    const bool unnamed = (flags & O_TMPFILE) == O_TMPFILE && folder == path;
     const auto name = nameOf(path);
-    if ((!unnamed && !name) || (flags & O_ACCMODE) == O_RDONLY)
+    if (!name)
         return 0;
-    const bool isNew = unnamed || !Disk::exists(path);
-    if (isNew)
-        return anyHas(Kind::unwritable) && (unnamed || (flags & O_CREAT) != 0) ? EACCES : 0;
-    return has(*name, Kind::readOnly) ? EACCES : 0;
+    const bool exists = Disk::exists(path);
+    if (exists && has(*name, Kind::unreadable))
+        return EACCES;
+    if ((flags & O_ACCMODE) == O_RDONLY)
+        return 0;
+    return (exists ? has(*name, Kind::readOnly) : anyHas(Kind::unwritable)) ? EACCES : 0;
 }
 
 void note(int file, const char* path, int flags)
@@ -145,21 +123,19 @@ void note(int file, const char* path, int flags)
     if (fstat(file, &status) != 0)
         return;
     const std::lock_guard guard(mutex);
-    openFiles[file] = {status.st_dev, status.st_ino, std::string_view(path).ends_with(".lock")};
+    openFiles[file] = {status.st_dev, status.st_ino};
 }
 
-/// The file of the folder that has that number; none when it is another by now.
-std::optional<OpenFile> openFile(int file)
+/// True for the number of a file of the folder, unless it is another by now.
+bool isOpenFile(int file)
 {
     const std::lock_guard guard(mutex);
     const auto found = openFiles.find(file);
     struct stat status
     {
     };
-    if (found == openFiles.end() || fstat(file, &status) != 0 ||
-        status.st_dev != found->second.device || status.st_ino != found->second.inode)
-        return std::nullopt;
-    return found->second;
+    return found != openFiles.end() && fstat(file, &status) == 0 &&
+           status.st_dev == found->second.device && status.st_ino == found->second.inode;
 }
 
 } // namespace
@@ -182,10 +158,8 @@ bool VirtualFiles::apply(const Oracle::Action& action)
 
 void VirtualFiles::update()
 {
-    for (const char* name : names) {
+    for (const char* name : names)
         setFolder(name, has(name, Kind::folder));
-        setLock(name, has(name, Kind::lock));
-    }
 }
 
 std::string VirtualFiles::place(const std::string& name)
@@ -193,10 +167,14 @@ std::string VirtualFiles::place(const std::string& name)
     return isShadowed(name) ? aside(name) : folder + '/' + name;
 }
 
+std::string VirtualFiles::read(const std::string& name)
+{
+    std::ifstream file(place(name), std::ios::binary);
+    return {std::istreambuf_iterator(file), {}};
+}
+
 void VirtualFiles::write(const std::string& name, const std::string& content)
 {
-    static auto written = Disk::file_time_type::clock::now();
-    written += std::chrono::seconds(1);
     Disk::create_directories(folder);
     othersHand = true;
     std::ofstream file(place(name), std::ios::binary);
@@ -205,17 +183,11 @@ void VirtualFiles::write(const std::string& name, const std::string& content)
     othersHand = false;
     if (!file)
         std::abort();
-    Disk::last_write_time(place(name), written);
 }
 
 void VirtualFiles::remove(const std::string& name)
 {
     Disk::remove(place(name));
-}
-
-bool VirtualFiles::isHeldLock(const std::string& name)
-{
-    return name.ends_with(".lock") && heldLocks.contains(name.substr(0, name.size() - 5));
 }
 
 // The system's calls, as the toolkit's files make them.
@@ -239,23 +211,12 @@ extern "C" int open64(const char* path, int flags, ...)
 
 extern "C" ssize_t write(int number, const void* bytes, size_t length)
 {
-    if (const auto file = openFile(number);
-        file && !othersHand &&
-        (anyHas(Kind::full) || (anyHas(Kind::nearlyFull) && !file->isLock))) {
+    if (isOpenFile(number) && !othersHand && anyHas(Kind::full)) {
         errno = ENOSPC;
         return -1;
     }
     static const auto real = systems<ssize_t (*)(int, const void*, size_t)>("write");
     return real(number, bytes, length);
-}
-
-extern "C" int statvfs(const char* path, struct statvfs* disk) noexcept
-{
-    static const auto real = systems<int (*)(const char*, struct statvfs*)>("statvfs");
-    const int result = real(path, disk);
-    if (anyHas(Kind::full) || anyHas(Kind::nearlyFull))
-        disk->f_bavail = 1;
-    return result;
 }
 
 extern "C" int rename(const char* from, const char* to) noexcept

@@ -6,8 +6,8 @@
 
 /// The troubles of the INI files, brought about where they come from: a program that links
 /// virtual_files.cpp has the toolkit's system calls for files refused as a disk, a folder or
-/// another program would, which holds for root as well. A folder in a file's place and a held lock
-/// are real. GUI thread only.
+/// another program would, which holds for root as well. A folder in a file's place is real. GUI
+/// thread only.
 namespace VirtualFiles {
 
 /// No trouble any more, and from now on this folder.
@@ -21,12 +21,9 @@ void update();
 
 /// Where somebody else's hand finds an INI file: its name, or where it was put aside.
 std::string place(const std::string& name);
-/// That hand writes or removes one; nothing is refused to it. Each file is a second younger than
-/// the last, so that it is never taken for the one that was there before.
+/// That hand reads, writes or removes one; nothing is refused to it.
+std::string read(const std::string& name);
 void write(const std::string& name, const std::string& content);
 void remove(const std::string& name);
-
-/// True for the lock that somebody else holds.
-bool isHeldLock(const std::string& name);
 
 } // namespace VirtualFiles

@@ -2,8 +2,11 @@
 
 #include <QString>
 
-/// Keeps this process from writing a file and its folder while it lives, also when the tests run
-/// as root.
+#include <memory>
+
+// Refusals that hold while an object lives, also when the tests run as root. One at a time.
+
+/// Keeps this process from writing a file and its folder.
 class ReadOnly
 {
 public:
@@ -13,5 +16,21 @@ public:
     ReadOnly& operator=(const ReadOnly&) = delete;
 
 private:
-    QString path;
+    struct Refusal;
+    std::unique_ptr<Refusal> refusal;
+};
+
+/// Keeps this process from opening a file that is there, as another program does that has it for
+/// itself.
+class Unreadable
+{
+public:
+    explicit Unreadable(const QString& file);
+    ~Unreadable();
+    Unreadable(const Unreadable&) = delete;
+    Unreadable& operator=(const Unreadable&) = delete;
+
+private:
+    struct Refusal;
+    std::unique_ptr<Refusal> refusal;
 };

@@ -3,45 +3,86 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <sys/fsuid.h>
+#include <linux/capability.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
 
-// Root may write whatever the mode says; file access with another identity may not. The folders
-// above are private to root, so they must be opened for looking through.
-constexpr uid_t nobody = 65534;
-
-void setMode(const QString& file, bool writable)
+/// Takes from this thread what lets root open files whatever their modes say.
+class WithoutExemption
 {
-    const QFile::Permissions read =
-        QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther | QFile::ReadUser;
-    const QFile::Permissions look =
-        QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther | QFile::ExeUser;
-    const QFile::Permissions write =
-        writable ? QFile::WriteOwner | QFile::WriteUser : QFile::Permissions();
-    QFile::setPermissions(file, read | write);
-    QFile::setPermissions(QFileInfo(file).path(), read | look | write);
-}
+public:
+    WithoutExemption()
+    {
+        syscall(SYS_capget, &header, before);
+        __user_cap_data_struct less[2] = {before[0], before[1]};
+        less[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+        if (syscall(SYS_capset, &header, less) != 0)
+            qFatal("capset");
+    }
+    ~WithoutExemption() { syscall(SYS_capset, &header, before); }
+    WithoutExemption(const WithoutExemption&) = delete;
+    WithoutExemption& operator=(const WithoutExemption&) = delete;
+
+private:
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct before[2]{};
+};
+
+/// Takes permissions away from a file or folder.
+class Mode
+{
+public:
+    Mode(const QString& file, QFile::Permissions without)
+        : path(file)
+        , before(QFile::permissions(file))
+    {
+        QFile::setPermissions(path, before & ~without);
+    }
+    ~Mode() { QFile::setPermissions(path, before); }
+    Mode(const Mode&) = delete;
+    Mode& operator=(const Mode&) = delete;
+
+private:
+    QString path;
+    QFile::Permissions before;
+};
+
+constexpr QFile::Permissions writing =
+    QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup | QFile::WriteOther;
+constexpr QFile::Permissions reading =
+    QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
 
 } // namespace
 
-ReadOnly::ReadOnly(const QString& file)
-    : path(file)
+struct ReadOnly::Refusal
 {
-    setMode(path, false);
-    QString above = QFileInfo(QFileInfo(file).path()).path();
-    while (above.count(u'/') > 1) {
-        QFile::setPermissions(above, QFile::permissions(above) | QFile::ExeGroup | QFile::ExeOther);
-        above = QFileInfo(above).path();
-    }
-    setfsuid(nobody);
-    if (QFile(path).open(QFile::ReadWrite | QFile::ExistingOnly))
-        qFatal("%s can still be written", qPrintable(path));
+    WithoutExemption withoutExemption;
+    Mode file;
+    Mode folder;
+};
+
+ReadOnly::ReadOnly(const QString& file)
+    : refusal(new Refusal{{}, {file, writing}, {QFileInfo(file).path(), writing}})
+{
+    if (QFile(file).open(QFile::ReadWrite | QFile::ExistingOnly))
+        qFatal("%s can still be written", qPrintable(file));
 }
 
-ReadOnly::~ReadOnly()
+ReadOnly::~ReadOnly() = default;
+
+struct Unreadable::Refusal
 {
-    setfsuid(geteuid());
-    setMode(path, true);
+    WithoutExemption withoutExemption;
+    Mode file;
+};
+
+Unreadable::Unreadable(const QString& file)
+    : refusal(new Refusal{{}, {file, reading | writing}})
+{
+    if (QFile(file).open(QFile::ReadOnly))
+        qFatal("%s can still be read", qPrintable(file));
 }
+
+Unreadable::~Unreadable() = default;

@@ -44,7 +44,8 @@ double gainOf(const QString& decibels)
 } // namespace
 
 /// The program is killed at random moments while many hands change everything at once. What it
-/// told has been saved, and the next start finds it, as fast as ever.
+/// told has been saved, and the next start finds it, as fast as ever. Of what it was saving no more
+/// is left than a half-written file, which the next save overwrites.
 class SystemKill : public SystemTest
 {
     Q_OBJECT
@@ -75,7 +76,7 @@ private:
     bool endsInOrder();
     /// Reads the files and holds them against the lines.
     QString flawOfFiles();
-    /// What lies beside the settings files.
+    /// What lies beside the settings files; half-written ones among them are counted.
     QStringList leavings();
     void report() const;
     int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
@@ -99,7 +100,6 @@ private:
     int earlyKills = 0;
     int changes = 0;
     int lastMomentSaves = 0;
-    qsizetype locksLeft = 0;
     qsizetype halvesLeft = 0;
 };
 
@@ -115,8 +115,7 @@ bool SystemKill::awaitReplay()
         },
         2 * patience);
     if (!came)
-        qWarning("the interface is not served; left beside the files: %s\n%s",
-                 qPrintable(leavings().join(QLatin1Char(' '))),
+        qWarning("the interface is not served\n%s",
                  qPrintable(program->debugLines().join(QLatin1Char('\n'))));
     (lastEnding == Ending::killed ? startsAfterKill : startsAfterEnd).append(clock.elapsed());
     return came;
@@ -309,8 +308,10 @@ void SystemKill::cutStartShort()
 QStringList SystemKill::leavings()
 {
     QStringList names = QFileInfo(folder().settingsFile(panelIni)).dir().entryList(QDir::Files);
-    names.removeAll(panelIni);
-    names.removeAll(dialogIni);
+    for (const QString& name : {panelIni, dialogIni}) {
+        names.removeAll(name);
+        halvesLeft += names.removeAll(name + QStringLiteral(".saving"));
+    }
     return names;
 }
 
@@ -347,16 +348,14 @@ void SystemKill::playRound(int round)
         cutStartShort();
     } else {
         QVERIFY(awaitReplay());
-        QVERIFY2(leavings().isEmpty(), qPrintable(leavings().join(QLatin1Char(' '))));
         QCOMPARE(flawOfReplay(), QString());
         QVERIFY(openWindows());
         if (round % askedOnce == askedOnce - 1)
             ending = Ending::asked;
         QVERIFY(endInStorm(ending));
     }
-    const qsizetype locks = leavings().filter(QStringLiteral(".lock")).size();
-    locksLeft += locks;
-    halvesLeft += leavings().size() - locks;
+    const QString left = leavings().join(QLatin1Char(' '));
+    QVERIFY2(left.isEmpty(), qPrintable(left));
     const QString flaw = flawOfFiles();
     QVERIFY2(flaw.isEmpty(),
              qPrintable(flaw + QLatin1Char('\n') + program->debugLines().join(QLatin1Char('\n'))));
@@ -369,7 +368,7 @@ void SystemKill::report() const
     qInfo("%d kills in the storm, %d during the start; %d changes told, %d of them saved in the "
           "last moment",
           stormKills, earlyKills, changes, lastMomentSaves);
-    qInfo("left behind: %lld locks, %lld half-written files", locksLeft, halvesLeft);
+    qInfo("found after a round: %lld half-written files", halvesLeft);
     const auto longest = [](const QList<qint64>& times) {
         return times.isEmpty() ? 0 : *std::max_element(times.begin(), times.end());
     };
@@ -396,7 +395,7 @@ void SystemKill::killedAtAnyMoment()
     if (QTest::currentTestFailed())
         return;
     QVERIFY(changes > 0);
-    // Seconds would be a lock that is waited for; other programs' load is in both.
+    // Other programs' load is in both.
     const qint64 usual = median(startsAfterEnd);
     QVERIFY2(median(startsAfterKill) <= usual * 3 / 2 + 100, qPrintable(QString::number(usual)));
     for (const qint64 start : startsAfterKill)

@@ -5,10 +5,8 @@
 #include "system/desktop/tray_menu.h"
 #include "system/desktop/wait_until.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
@@ -34,14 +32,8 @@ private slots:
     void oneWatcherOpensAndClosesTheDevice();
     void everyModelIsRecognised_data();
     void everyModelIsRecognised();
-    void locksOfAKilledCopyDoNotDelay_data() { everyModelIsRecognised_data(); }
-    void locksOfAKilledCopyDoNotDelay();
     void unknownModelIsNamed();
     void idlingIsCheap();
-
-private:
-    /// Replaces a file of the settings folder.
-    void write(const QString& name, const QByteArray& content);
 };
 
 void SystemStart::secondCopyLeavesAtOnce()
@@ -133,44 +125,6 @@ void SystemStart::everyModelIsRecognised()
     QVERIFY(panel().waitForLine(QStringLiteral("Adding %1 widget to layout.").arg(model)));
     QVERIFY(panel().waitForLine(QStringLiteral("Device found with PID: ") + number));
     QVERIFY(QFile::exists(folder().settingsFile(model + QStringLiteral(".ini"))));
-}
-
-void SystemStart::write(const QString& name, const QByteArray& content)
-{
-    QFile file(folder().settingsFile(name));
-    QDir().mkpath(QFileInfo(file).path());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
-/// A copy that was killed while it saved leaves an empty lock file beside the settings.
-void SystemStart::locksOfAKilledCopyDoNotDelay()
-{
-    QFETCH(QString, model);
-    QFETCH(QString, number);
-    const QString ini = model + QStringLiteral(".ini");
-    // Not what the dialog starts with, so that the start saves it.
-    write(QStringLiteral("setting.ini"), "[USB]\nSlowMode=Enabled\n");
-    write(ini, "[Dial]\nHeadphoneValue=-12\n");
-    for (const char* name : {"setting.ini.lock", "ka1.ini.lock", "ka2.ini.lock", "ks.ini.lock"})
-        write(QString::fromLatin1(name), {});
-
-    QVERIFY(session().startSimulator());
-    QVERIFY(simulator().plug(model));
-    QElapsedTimer clock;
-    clock.start();
-    QVERIFY(session().startPanel());
-    QVERIFY(panel().waitForLine(QStringLiteral("Device found with PID: ") + number));
-    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
-    qInfo("%lld ms from the start to the panel", clock.elapsed());
-    QCOMPARE(session().storedValue(QStringLiteral("setting.ini"), QStringLiteral("USB/SlowMode")),
-             QStringLiteral("Enabled"));
-    QCOMPARE(session().storedValue(ini, QStringLiteral("Button/HeadphoneDimIsChecked")),
-             QStringLiteral("false"));
-    QCOMPARE(session().storedValue(ini, QStringLiteral("Dial/HeadphoneValue")),
-             QStringLiteral("-12"));
-    QVERIFY(!QFile::exists(folder().settingsFile(ini + QStringLiteral(".lock"))));
-    QVERIFY(!QFile::exists(folder().settingsFile(QStringLiteral("setting.ini.lock"))));
 }
 
 void SystemStart::unknownModelIsNamed()

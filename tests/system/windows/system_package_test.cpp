@@ -194,7 +194,7 @@ void SystemPackage::purgeRemovesTheSettings()
     QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
     QCOMPARE(panel().waitForExit().value_or(-1), 0);
     // As a crash leaves it.
-    QVERIFY(QFile(folder().settingsFile(QStringLiteral("ks.ini.lock"))).open(QFile::WriteOnly));
+    QVERIFY(QFile(folder().settingsFile(QStringLiteral("ks.ini.saving"))).open(QFile::WriteOnly));
     QVERIFY(uninstall({QStringLiteral("/PURGE")}));
     QVERIFY(waitUntil([] { return !QFile::exists(Target::settingsFolder()); }));
 }
