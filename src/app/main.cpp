@@ -11,7 +11,7 @@
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    const SessionEnd sessionEnd;
+    const SessionEnd sessionEnd(SettingsFile::saveAll);
     SingleInstance instance;
     QTranslator translator;
     switch (instance.claim()) {
