@@ -41,11 +41,12 @@ private:
     Knob& knob() const { return *static_cast<Knob*>(widget()); }
 };
 
+/// Of what can be switched on, the toolkit tells Windows only a check box's changes.
 class ButtonInterface final : public QAccessibleWidget
 {
 public:
     explicit ButtonInterface(Button* widget)
-        : QAccessibleWidget(widget, QAccessible::Button)
+        : QAccessibleWidget(widget, QAccessible::CheckBox)
     {
     }
 
@@ -108,6 +109,11 @@ QAccessibleInterface* interfaceOf(const QString&, QObject* object)
     return nullptr;
 }
 
+bool isHeard(const QWidget& control)
+{
+    return QAccessible::isActive() && control.isVisible();
+}
+
 } // namespace
 
 void ControlAccessibility::install()
@@ -117,7 +123,7 @@ void ControlAccessibility::install()
 
 void ControlAccessibility::announce(Knob& knob)
 {
-    if (!QAccessible::isActive())
+    if (!isHeard(knob))
         return;
     QAccessibleValueChangeEvent event(&knob, knob.shownValue(knob.value));
     QAccessible::updateAccessibility(&event);
@@ -125,7 +131,7 @@ void ControlAccessibility::announce(Knob& knob)
 
 void ControlAccessibility::announce(Button& button)
 {
-    if (!QAccessible::isActive())
+    if (!isHeard(button))
         return;
     QAccessible::State changed;
     changed.checked = true;

@@ -5,6 +5,7 @@
 #include "support/test_main.h"
 
 #include <QAccessible>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -14,6 +15,17 @@
 #include <qpa/qplatformintegration.h>
 
 namespace {
+
+/// What the toolkit has told assistive programs.
+QStringList told;
+
+/// What nobody sees is not told of.
+template <typename Control> Control& shown(Control& control)
+{
+    control.show();
+    told.clear();
+    return control;
+}
 
 /// Reads 0 at 0 and 10 at 1, as the gains of the KA2.
 class OffsetKnob : public Knob
@@ -27,9 +39,6 @@ public:
         value = 0;
     }
 };
-
-/// What the toolkit has told assistive programs.
-QStringList told;
 
 void note(QAccessibleEvent* event)
 {
@@ -66,6 +75,7 @@ private slots:
     void init() { told.clear(); }
     void knob();
     void knobWithAnOffset();
+    void editorHasItsKnobsName();
     void knobIsSet();
     void stepsGetAcrossTheGapBesideZero();
     void knobTellsChanges();
@@ -116,6 +126,15 @@ void ControlAccessibilityTest::knobWithAnOffset()
     QCOMPARE(face.valueInterface()->currentValue().toInt(), 10);
 }
 
+void ControlAccessibilityTest::editorHasItsKnobsName()
+{
+    Knob knob;
+    knob.setAccessibleName("MIC1 Gain");
+    knob.textRect = QRect(0, 0, 50, 20);
+    QTest::mouseDClick(&knob, Qt::LeftButton, {}, QPoint(5, 5));
+    QCOMPARE(interfaceOf(*knob.editor).text(QAccessible::Name), QString("MIC1 Gain"));
+}
+
 void ControlAccessibilityTest::knobIsSet()
 {
     OffsetKnob knob;
@@ -150,7 +169,10 @@ void ControlAccessibilityTest::knobTellsChanges()
     Knob knob;
     knob.setAccessibleName("Gain");
     knob.displayOffset = 9;
-    told.clear();
+    knob.setValue(-70);
+    knob.setValue(-80);
+    QCOMPARE(told, QStringList{"Gain name"});
+    shown(knob);
     knob.setValue(-80);
     QCOMPARE(told, QStringList{});
     knob.setValue(-20);
@@ -161,7 +183,7 @@ void ControlAccessibilityTest::knobTellsWhatTheMouseDoes()
 {
     Knob knob;
     knob.setAccessibleName("Gain");
-    told.clear();
+    shown(knob);
     const auto wheel = [&knob](int delta) {
         QWheelEvent event({}, {}, {}, {0, delta}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
                           false);
@@ -182,7 +204,8 @@ void ControlAccessibilityTest::button()
 {
     Button button(QStringLiteral("48V"));
     QAccessibleInterface& face = interfaceOf(button);
-    QCOMPARE(face.role(), QAccessible::Button);
+    // Of no other role Windows hears that it was switched.
+    QCOMPARE(face.role(), QAccessible::CheckBox);
     QCOMPARE(face.text(QAccessible::Name), QString("48V"));
     button.setAccessibleName("MIC1 48V");
     QCOMPARE(face.text(QAccessible::Name), QString("MIC1 48V"));
@@ -219,6 +242,10 @@ void ControlAccessibilityTest::buttonTellsChanges()
 {
     Button button(QStringLiteral("48V"));
     told.clear();
+    button.setOn(true);
+    button.setOn(false);
+    QCOMPARE(told, QStringList{});
+    shown(button);
     button.setOn(false);
     QCOMPARE(told, QStringList{});
     button.press();
@@ -242,9 +269,9 @@ void ControlAccessibilityTest::nobodyListens()
 {
     listen(false);
     Knob knob;
-    knob.setValue(-20);
+    shown(knob).setValue(-20);
     Button button(QStringLiteral("48V"));
-    button.press();
+    shown(button).press();
     listen(true);
     QCOMPARE(told, QStringList{});
 }
