@@ -2,12 +2,12 @@
 
 #include "controls/control_accessibility.h"
 #include "controls/focus_ring.h"
+#include "controls/keyboard_policy.h"
 
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPointer>
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
@@ -18,6 +18,7 @@ Button::Button(const QString& text, QWidget* parent)
 {
     setText(text);
     setCursor(Qt::PointingHandCursor);
+    KeyboardPolicy::holdControl(*this);
     light(0.01);
     glow->setEnabled(false);
 }
@@ -45,10 +46,8 @@ void Button::press()
     applyStyle();
     const bool status = !on;
     change(status);
-    const QPointer<Button> alive(this);
     emit pressed(status);
-    if (alive)
-        emit pressed(status);
+    emit pressed(status);
 }
 
 void Button::setShadow(bool enable, double factor)
@@ -66,13 +65,10 @@ void Button::mousePressEvent(QMouseEvent* event)
 
 void Button::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() != Qt::Key_Space && event->key() != Qt::Key_Select) {
-        QPushButton::keyPressEvent(event);
-        return;
-    }
-    FocusRing::bringUp(*this);
-    if (!event->isAutoRepeat())
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
         press();
+    else
+        event->ignore();
 }
 
 void Button::leaveEvent(QEvent* event)
@@ -86,7 +82,7 @@ void Button::paintEvent(QPaintEvent*)
     QStylePainter painter(this);
     QStyleOptionButton option;
     initStyleOption(&option);
-    // Some styles mark the focus after a mere click, and all in a way that is hard to see here.
+    // All styles mark the focus in a way that is hard to see here.
     option.state &= ~QStyle::State_HasFocus;
     painter.drawControl(QStyle::CE_PushButton, option);
     if (FocusRing::isDueOn(*this))

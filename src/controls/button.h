@@ -51,8 +51,9 @@ signals:
     /// Never emitted.
     void selected(const QString& text);
 
-    /// The new state: twice per press, so that its receivers send each command twice (once when
-    /// the first of them destroys the button); once per setOn(). Hides QAbstractButton::pressed().
+    /// The new state: twice per press, so that its receivers send each command twice; once per
+    /// setOn(). A receiver that is done with the button uses deleteLater(). Hides
+    /// QAbstractButton::pressed().
     void pressed(bool status);
 
 protected:

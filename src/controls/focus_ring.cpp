@@ -5,13 +5,7 @@
 
 bool FocusRing::isDueOn(const QWidget& widget)
 {
-    return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
-}
-
-void FocusRing::bringUp(QWidget& widget)
-{
-    widget.window()->setAttribute(Qt::WA_KeyboardFocusChange);
-    widget.update();
+    return widget.hasFocus();
 }
 
 void FocusRing::paint(QPainter& painter, const QWidget& widget)

@@ -2,14 +2,14 @@
 
 #include "controls/control_accessibility.h"
 #include "controls/focus_ring.h"
-#include "controls/knob_editor.h"
+#include "controls/keyboard_policy.h"
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPointer>
 #include <QSignalBlocker>
 #include <QWheelEvent>
 
@@ -37,20 +37,15 @@ bool belongsTo(const QLineEdit* editor, const QObject* object)
 
 Knob::Knob(QWidget* parent)
     : QWidget(parent)
-    , editor(new KnobEditor(this))
+    , editor(new QLineEdit(this))
 {
-    setFocusPolicy(Qt::TabFocus);
+    KeyboardPolicy::holdControl(*this);
+    editor->setFrame(false);
+    editor->setAlignment(Qt::AlignCenter);
+    // What is to be hidden Windows keeps from input methods; nothing else switches them off.
+    editor->setInputMethodHints(Qt::ImhHiddenText);
+    editor->hide();
     connect(editor, &QLineEdit::editingFinished, this, &Knob::finishEdit);
-}
-
-Knob::~Knob()
-{
-    // Destroyed by a receiver of the typed value: the editor still has to return from that signal.
-    if (finishing) {
-        editor->disconnect(this);
-        editor->setParent(nullptr);
-        editor->deleteLater();
-    }
 }
 
 void Knob::setValue(int v)
@@ -99,17 +94,9 @@ void Knob::setShadow(bool enable, double factor)
 
 void Knob::finishEdit()
 {
-    QString text = editor->text();
-    if (text.endsWith(suffix))
-        text.chop(suffix.size());
-    bool valid = false;
-    const int typed = text.toInt(&valid);
+    const int number = typedNumber().value_or(value);
     closeEditor();
-    const QPointer<Knob> alive(this);
-    finishing = true;
-    change(qint64(valid ? typed : value) - displayOffset);
-    if (alive)
-        finishing = false;
+    change(qint64(number) - displayOffset);
 }
 
 void Knob::mousePressEvent(QMouseEvent* event)
@@ -121,7 +108,7 @@ void Knob::mousePressEvent(QMouseEvent* event)
 void Knob::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (showText && textRect.contains(pixelPosition(*event)))
-        openEditor();
+        openEditor(window());
     else
         change(minimum);
 }
@@ -158,20 +145,12 @@ void Knob::wheelEvent(QWheelEvent* event)
 
 void Knob::keyPressEvent(QKeyEvent* event)
 {
-    constexpr Qt::KeyboardModifiers others =
-        Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    const std::optional<qint64> target =
-        (event->modifiers() & others) == Qt::NoModifier ? valueAfter(event->key()) : std::nullopt;
-    const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (!target && !(enters && showText)) {
-        QWidget::keyPressEvent(event);
-        return;
-    }
-    FocusRing::bringUp(*this);
-    if (target)
+    if (const std::optional<qint64> target = valueAfter(event->key()))
         change(*target);
+    else if (KeyboardPolicy::isEnter(*event) && showText)
+        openEditor(this);
     else
-        openEditor();
+        event->ignore();
 }
 
 void Knob::enterEvent(QEnterEvent*)
@@ -196,28 +175,25 @@ void Knob::paintEvent(QPaintEvent*)
 
 bool Knob::eventFilter(QObject* watched, QEvent* event)
 {
-    bool ended = false;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
         // The window hears of a click before the widget in it does, and tells it only then.
-        ended = watched->isWidgetType() && !belongsTo(editor, watched);
-        break;
-    case QEvent::KeyPress:
-        if (watched == editor && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-            closeEditor();
-            return true;
+        if (watched->isWidgetType() && !belongsTo(editor, watched)) {
+            dropTextWithoutNumber();
+            finishEdit();
         }
-        break;
-    default:
-        break;
-    }
-    if (!ended)
         return false;
-    // Whoever is told of the value may delete the widget that was clicked, this knob included.
-    const QPointer<QObject> receiver(watched);
-    finishEdit();
-    return receiver.isNull();
+    case QEvent::FocusOut:
+        // The editor then finishes by itself.
+        if (watched == editor && !belongsTo(editor, QApplication::activePopupWidget()))
+            dropTextWithoutNumber();
+        return false;
+    case QEvent::KeyPress:
+        return watched == editor && endsEditing(static_cast<const QKeyEvent&>(*event));
+    default:
+        return false;
+    }
 }
 
 void Knob::change(qint64 candidate)
@@ -227,10 +203,9 @@ void Knob::change(qint64 candidate)
     value = int(limited);
     if (changed)
         ControlAccessibility::announce(*this);
-    // Painted on return to the event loop, so the order does not show; a receiver of the signal
-    // may well delete the knob.
+    // Painted on return to the event loop, so the order does not show.
     update();
-    if (isEditing() && value != editedValue) {
+    if (isEditing() && !editor->isModified()) {
         // At once, because the editor covers the text.
         repaint();
         fillEditor();
@@ -261,17 +236,16 @@ std::optional<qint64> Knob::valueAfter(int key) const
     }
 }
 
-void Knob::openEditor()
+void Knob::openEditor(QWidget* returnTo)
 {
+    focusAfterwards = returnTo;
     // No palette: below a window with a style sheet the background would not take it.
     const QString text = textColor.name();
     editor->setStyleSheet(QStringLiteral("QLineEdit { border: none; color: %1; background: #1b1e23;"
                                          " selection-color: %1; selection-background-color: %2; }")
                               .arg(text, trackColor.name()));
     editor->setFont(QFont(fontFamily, fontPointSize));
-
-    if (!isEditing())
-        focusBefore = window()->focusWidget();
+    editor->setAccessibleName(accessibleName());
     editor->show();
     editor->setFocus(Qt::OtherFocusReason);
     fillEditor();
@@ -280,7 +254,6 @@ void Knob::openEditor()
 
 void Knob::fillEditor()
 {
-    editedValue = value;
     editor->setText(QString::number(qint64(value) + displayOffset));
     const int dx = int(0.025 * textRect.width());
     const int dy = int(0.025 * textRect.height());
@@ -293,17 +266,40 @@ void Knob::closeEditor()
     qApp->removeEventFilter(this);
     // Hiding moves the focus on, which would finish the same input a second time.
     const QSignalBlocker once(editor);
-    if (window()->focusWidget() == editor) {
-        // Left to itself, the toolkit would pass the focus on to the next control.
-        if (focusBefore)
-            focusBefore->setFocus(Qt::OtherFocusReason);
-        else
-            editor->clearFocus();
-    }
+    if (window()->focusWidget() == editor)
+        focusAfterwards->setFocus(Qt::OtherFocusReason);
     editor->hide();
 }
 
 bool Knob::isEditing() const
 {
     return !editor->isHidden();
+}
+
+bool Knob::endsEditing(const QKeyEvent& key)
+{
+    const bool commits = KeyboardPolicy::isEnter(key);
+    if (!commits && key.key() != Qt::Key_Escape)
+        return false;
+    // A first press ends the editing, so a repeat has come from elsewhere.
+    if (!key.isAutoRepeat())
+        commits ? finishEdit() : closeEditor();
+    return true;
+}
+
+void Knob::dropTextWithoutNumber()
+{
+    if (!typedNumber())
+        fillEditor();
+}
+
+std::optional<int> Knob::typedNumber() const
+{
+    // In this form full-width digits are digits.
+    QString text = editor->text().normalized(QString::NormalizationForm_KC);
+    if (text.endsWith(suffix))
+        text.chop(suffix.size());
+    bool valid = false;
+    const int number = text.toInt(&valid);
+    return valid ? std::optional(number) : std::nullopt;
 }

@@ -3,7 +3,6 @@
 #include "controls/knob_painter.h"
 
 #include <QColor>
-#include <QPointer>
 #include <QRect>
 #include <QString>
 #include <QWidget>
@@ -16,12 +15,10 @@ class QLineEdit;
 /// a round cap, with the value printed in its centre.
 ///
 /// Dragging and the wheel change the value by one step per event, a double click on the text
-/// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum. Enter,
-/// a click elsewhere in the program and the loss of the focus or of the sight of it end the
-/// editing with the typed value, Escape without; a value that changes meanwhile replaces it.
-/// The focus comes by the keyboard alone, and goes back after editing to where it was: then arrows
-/// step by one, Page Up and Page Down by five, Home and End go to the bounds, Enter opens the
-/// editor.
+/// opens an editor in place, Ctrl+click or a double click elsewhere returns to the minimum. With
+/// the focus, arrows step by one, Page Up and Page Down by five, Home and End go to the bounds,
+/// Enter opens the editor. Enter commits what was typed, Escape leaves the value as it was; what
+/// else there is to know of focus and editor is in KeyboardPolicy.
 /// Range, look and value are set through the members; call update() when the knob is already
 /// visible. GUI thread only.
 class Knob : public QWidget
@@ -37,7 +34,6 @@ public:
     };
 
     explicit Knob(QWidget* parent = nullptr);
-    ~Knob() override;
 
     /// Takes over `v`, limited to [minimum, maximum], and announces it.
     void setValue(int v);
@@ -87,7 +83,8 @@ public:
     QRect textRect;
 
 signals:
-    /// The value after each user action and each setter, also when it stayed the same.
+    /// The value after each user action and each setter, also when it stayed the same. A receiver
+    /// that is done with the knob uses deleteLater().
     void valueChangedSig(int value);
 
 public slots:
@@ -111,13 +108,14 @@ private:
     void change(qint64 candidate);
     /// The value that the key stands for; nothing for any other key.
     std::optional<qint64> valueAfter(int key) const;
-    void openEditor();
+    void openEditor(QWidget* returnTo);
     void fillEditor();
     void closeEditor();
     bool isEditing() const;
+    bool endsEditing(const QKeyEvent& key);
+    void dropTextWithoutNumber();
+    std::optional<int> typedNumber() const;
 
     KnobPainter knobPainter;
-    int editedValue = 0; ///< what the open editor was filled with
-    QPointer<QWidget> focusBefore;
-    bool finishing = false;
+    QWidget* focusAfterwards = this; ///< what gets the focus when the editing ends
 };

@@ -2,6 +2,7 @@
 
 #include "asio/asio_reset.h"
 #include "asio/thread_settings_pip.h"
+#include "controls/keyboard_policy.h"
 #include "driver/driver_device.h"
 #include "storage/settings_file.h"
 
@@ -30,6 +31,7 @@ Settings::Settings()
     setStyleSheet(QStringLiteral("QDialog { background-color: #2c313c; color: white; }"));
     settings = &SettingsFile::open(settingsFile);
     buildLayout();
+    KeyboardPolicy::holdWindow(*this);
     startPipeThread();
     startUsbErrorTimer();
 }
@@ -72,6 +74,7 @@ void Settings::buildLayout()
     auto* ok = new QPushButton(tr("OK"), this);
     ok->setStyleSheet(QStringLiteral("background-color: #008888; color: white; font-size: 14px;"));
     mainLayout->addWidget(ok, 0, Qt::AlignCenter);
+    KeyboardPolicy::holdControl(*ok);
     connect(ok, &QPushButton::clicked, this, &Settings::notifyAsioReset);
     mainLayout->addStretch();
     mainLayout->setSpacing(15);

@@ -1,5 +1,6 @@
 #include "shell/main_window.h"
 
+#include "controls/keyboard_policy.h"
 #include "driver/driver_device.h"
 #include "panels/ka1.h"
 #include "panels/ka2.h"
@@ -65,6 +66,7 @@ MainWindow::MainWindow(QWidget* parent)
     auto* central = new QWidget(this);
     setCentralWidget(central);
     setWindowFlags(Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    KeyboardPolicy::holdWindow(*this);
 
     detectTimer = new QTimer(this);
     connect(detectTimer, &QTimer::timeout, this, &MainWindow::detectDevice);

@@ -1,6 +1,7 @@
 #include "random/hands.h"
 
 #include "random/virtual_time.h"
+#include "support/window_activation.h"
 
 #include <QApplication>
 #include <QTest>
@@ -34,13 +35,8 @@ void settle()
 
 void Hands::activate(QWidget& window)
 {
-    if (!window.isActiveWindow())
-        window.activateWindow();
+    requestActivation(window);
     settle();
-    // The screenless platform takes a window that was hidden and comes back for the active one
-    // still.
-    if (!window.isActiveWindow())
-        QApplication::setActiveWindow(&window);
 }
 
 void Hands::click(QWidget& target, QPoint position)

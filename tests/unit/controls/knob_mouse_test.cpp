@@ -51,7 +51,7 @@ private slots:
     void doubleClickOutsideTheTextResets();
     void doubleClickInsideTheTextOpensTheEditor();
     void doubleClickBeforeTheFirstPaintResets();
-    void doubleClickWithHiddenTextResets();
+    void hiddenTextHasNoEditor();
     void doubleClickHitsWholePixels_data();
     void doubleClickHitsWholePixels();
     void hover();
@@ -298,7 +298,7 @@ void KnobMouseTest::doubleClickBeforeTheFirstPaintResets()
     QVERIFY(stage.knob.editor->isHidden());
 }
 
-void KnobMouseTest::doubleClickWithHiddenTextResets()
+void KnobMouseTest::hiddenTextHasNoEditor()
 {
     KnobStage stage;
     QVERIFY(stage.show());
@@ -306,6 +306,9 @@ void KnobMouseTest::doubleClickWithHiddenTextResets()
     stage.knob.showText = false;
     stage.doubleClick({60, 60});
     QCOMPARE(stage.announced(), QList<int>{-80});
+    QVERIFY(stage.knob.editor->isHidden());
+    stage.knob.setFocus();
+    QTest::keyClick(stage.window.windowHandle(), Qt::Key_Return);
     QVERIFY(stage.knob.editor->isHidden());
 }
 
