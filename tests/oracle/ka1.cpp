@@ -80,14 +80,15 @@ void build(World& world)
     if (!openDevice(world, {1, 2}))
         return;
     Panel& panel = *world.panel;
-    for (const KnobTraits& knob : {gain, volume, phone})
-        addKnob(panel, knob);
+    addKnob(panel, gain);
     addButton(panel, {instrument, "MIC", "#00ff7f"});
     addButton(panel, {pad, "20dB", "#ff7f00"});
     addButton(panel, {phantom, "48V", "#ff1111"});
     addButton(panel, {direct, "DIRECT", "#00FFFF"});
+    addKnob(panel, volume);
     addButton(panel, {mute, "MUTE", "#00FFFF"});
     addButton(panel, {dim, "DIM", "#00FFFF"});
+    addKnob(panel, phone);
     unityOutputs(panel);
     fillRouting(panel);
     startReadOuts(world, 2);

@@ -121,17 +121,20 @@ void switchOutput(World& world, const std::string& key, bool on)
 
 void addControls(Panel& panel)
 {
-    for (const KnobTraits& knob : {gains[0], gains[1], speaker, headphone, phoneToHp, phoneToSp})
-        addKnob(panel, knob);
     for (const std::size_t mic : {0U, 1U}) {
+        addKnob(panel, gains[mic]);
         addButton(panel, {pads[mic], "20dB", "#ff7f00"});
         addButton(panel, {phantoms[mic], "48V", "#ff1111"});
         addButton(panel, {directs[mic], "DIRECT", "#00FFFF"});
     }
+    addKnob(panel, speaker);
     addButton(panel, {speakerMute, "MUTE", "#00FFFF"});
     addButton(panel, {speakerDim, "DIM", "#00FFFF"});
+    addKnob(panel, phoneToSp);
+    addKnob(panel, headphone);
     addButton(panel, {headphoneMute, "MUTE", "#00FFFF"});
     addButton(panel, {headphoneDim, "DIM", "#00FFFF"});
+    addKnob(panel, phoneToHp);
 }
 
 } // namespace

@@ -32,8 +32,8 @@ void build(World& world)
         return;
     Panel& panel = *world.panel;
     addKnob(panel, gain);
-    addKnob(panel, volume);
     addButton(panel, {direct, "DIRECT", "#00FFFF"});
+    addKnob(panel, volume);
     addButton(panel, {mute, "MUTE", "#00FFFF"});
     addButton(panel, {dim, "DIM", "#00FFFF"});
     unityOutputs(panel);

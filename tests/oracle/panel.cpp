@@ -117,11 +117,13 @@ bool openDevice(World& world, std::initializer_list<int> outputs)
 void addKnob(Panel& panel, const KnobTraits& traits)
 {
     panel.knobs[traits.key] = {traits.minimum, traits.maximum, traits.minimum, traits.offset, 0, 0};
+    panel.order.emplace_back(traits.key);
 }
 
 void addButton(Panel& panel, const ButtonTraits& traits)
 {
     panel.buttons[traits.key] = {traits.caption, traits.accent, false};
+    panel.order.emplace_back(traits.key);
 }
 
 void unityOutputs(Panel& panel)

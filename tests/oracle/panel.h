@@ -45,6 +45,7 @@ struct ButtonTraits
 
 /// Opens the device and sets the output volumes. False when the panel stays empty.
 bool openDevice(World& world, std::initializer_list<int> outputs);
+/// Both in the order of Tab.
 void addKnob(Panel& panel, const KnobTraits& traits);
 void addButton(Panel& panel, const ButtonTraits& traits);
 void unityOutputs(Panel& panel);

@@ -25,6 +25,8 @@ void addPanel(const Panel& panel, std::vector<std::string>& lines)
     }
     for (const std::string& readOut : panel.readOuts)
         lines.push_back("level " + readOut);
+    if (!panel.focus.empty())
+        lines.push_back("focus " + panel.focus);
     if (panel.editor) {
         lines.push_back("editor " + panel.editor->key + ' ' + panel.editor->text +
                         (panel.editor->allSelected ? " selected" : ""));

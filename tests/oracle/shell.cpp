@@ -61,6 +61,9 @@ void startSecondCopy(World& world)
 
 void showMainWindow(World& world)
 {
+    // What had the focus before it was hidden has it no longer.
+    if (!world.window.visible && world.panel)
+        world.panel->focus.clear();
     world.window.visible = true;
 }
 

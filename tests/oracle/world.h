@@ -52,8 +52,9 @@ struct Editor
 {
     std::string key;
     std::string text;
+    bool byKeyboard = false; ///< begun by Enter
     bool allSelected = true;
-    int value = 0; ///< the knob's when it was filled
+    bool modified = false;
 };
 
 /// Volume, mute and dim of one output.
@@ -70,6 +71,8 @@ struct Panel
     bool hasControls = false;
     std::map<std::string, Knob> knobs;
     std::map<std::string, Button> buttons;
+    std::vector<std::string> order; ///< of Tab
+    std::string focus;              ///< the control that has it; empty: the window
     std::map<std::string, Output> outputs;
     std::vector<double> mixer;
     std::array<std::int32_t, 4> levels{};

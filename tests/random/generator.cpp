@@ -58,6 +58,11 @@ Action Generator::onPanel(const Oracle::Panel& panel)
 {
     if (panel.editor && chance(70))
         return inEditor();
+    if (chance(25)) {
+        return {"key",
+                {oneOf({"tab", "tab", "tab", "tab", "backtab", "space", "up", "down", "pageup",
+                        "pagedown", "end", "enter", "enter", "escape", "backspace"})}};
+    }
     if (chance(35)) {
         const std::string key = anyKey(panel.buttons);
         return {chance(85) ? "click" : "doubleclick", {key}};
@@ -86,7 +91,9 @@ Action Generator::onKnob(const std::string& key)
 Action Generator::inEditor()
 {
     if (chance(45))
-        return {"key", {oneOf({"enter", "enter", "enter", "tab", "escape", "backspace"})}};
+        return {"key",
+                {oneOf({"enter", "enter", "enter", "tab", "backtab", "escape", "backspace", "space",
+                        "up", "end"})}};
     return {"type", {anyValue()}};
 }
 
@@ -116,6 +123,8 @@ std::string Generator::anyValue()
                   "00012",
                   "--5",
                   "1 2",
+                  "１２",
+                  "－３ｄＢ",
                   "true",
                   "false",
                   "TRUE",

@@ -26,6 +26,7 @@
 #include <QTranslator>
 
 #include <cstdio>
+#include <map>
 
 // There is always a notification area.
 bool QSystemTrayIcon::isSystemTrayAvailable()
@@ -293,16 +294,15 @@ void Program::useKnob(Knob& knob, const Oracle::Action& action)
 
 void Program::useKeys(const Oracle::Action& action)
 {
-    const std::string& key = action.at(0);
-    const auto* editor = qobject_cast<QLineEdit*>(window->focusWidget());
-    if (editor == nullptr || !editor->isVisible())
-        return;
+    static const std::map<std::string, Qt::Key> keys{
+        {"enter", Qt::Key_Return},    {"tab", Qt::Key_Tab},
+        {"backtab", Qt::Key_Backtab}, {"escape", Qt::Key_Escape},
+        {"space", Qt::Key_Space},     {"backspace", Qt::Key_Backspace},
+        {"up", Qt::Key_Up},           {"down", Qt::Key_Down},
+        {"pageup", Qt::Key_PageUp},   {"pagedown", Qt::Key_PageDown},
+        {"end", Qt::Key_End}};
     if (action.verb == "type")
-        Hands::type(*window, QString::fromStdString(key));
-    else if (action.verb == "key") {
-        Hands::key(*window, key == "enter"    ? Qt::Key_Return
-                            : key == "tab"    ? Qt::Key_Tab
-                            : key == "escape" ? Qt::Key_Escape
-                                              : Qt::Key_Backspace);
-    }
+        Hands::type(*window, QString::fromStdString(action.at(0)));
+    else if (action.verb == "key")
+        Hands::key(*window, keys.at(action.at(0)));
 }

@@ -68,6 +68,9 @@ void addPanel(QWidget& panel, std::vector<std::string>& lines)
         if (label->styleSheet().contains(QLatin1String("8px")))
             lines.push_back("level " + label->text().toStdString());
     }
+    const QWidget* const focused = panel.window()->focusWidget();
+    if (qobject_cast<const Knob*>(focused) || qobject_cast<const Button*>(focused))
+        lines.push_back("focus " + focused->objectName().toStdString());
     for (const Knob* knob : knobs)
         addEditor(*knob, lines);
 }
