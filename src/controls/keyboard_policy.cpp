@@ -57,13 +57,12 @@ protected:
     }
 
 private:
+    /// What is not goes on to the window: Tab, too, is always heard there.
     bool isOwn(const QKeyEvent& event)
     {
         constexpr Qt::KeyboardModifiers others =
             Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier | Qt::MetaModifier;
         const int key = event.key();
-        if (key == Qt::Key_Tab || key == Qt::Key_Backtab)
-            return true;
         // What a child of the control has no use for comes by here as well.
         if (!control.hasFocus())
             return false;

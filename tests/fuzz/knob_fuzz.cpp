@@ -37,9 +37,11 @@ QString letters(const std::uint8_t* data, std::size_t size, bool wide)
     return text;
 }
 
-/// The number that the text means, with or without the unit; the old one when it is none.
+/// The number that the text means, in digits of any width, with or without the unit; the old one
+/// when it is none.
 long long meant(QString text, int old)
 {
+    text = text.normalized(QString::NormalizationForm_KC);
     if (text.endsWith(QLatin1String("dB")))
         text.chop(2);
     int number = old;

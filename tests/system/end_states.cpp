@@ -204,9 +204,11 @@ bool EndStates::blockReset()
         !showDialog())
         return false;
     const QString opened = QStringLiteral("Pipe opened successfully.");
-    // The return key presses "OK"; a busy Wine may not yet have given the dialog the keyboard.
+    // A busy Wine may not yet have given the dialog the keyboard. The return key then presses
+    // nothing in a list, and a later turn comes to "OK" again.
     return waitUntil([&] {
-        return typeIntoDialog(QStringLiteral("Return")) && panel().waitForLine(opened, 1, 3s);
+        return typeIntoDialog(QStringLiteral("shift+Tab")) &&
+               Desktop::key(QStringLiteral("Return")) && panel().waitForLine(opened, 1, 3s);
     });
 }
 
@@ -224,8 +226,10 @@ bool EndStates::openComboList()
     const QRect area = Desktop::window(settingsDialog).value_or(DesktopWindow()).area;
     return waitUntil(
         [&] {
+            typeIntoDialog(QStringLiteral("Tab"));
+            QThread::msleep(300);
             const QImage before = Desktop::picture(area);
-            typeIntoDialog(QStringLiteral("alt+Down"));
+            Desktop::key(QStringLiteral("alt+Down"));
             QThread::msleep(300);
             return Desktop::picture(area) != before;
         },
