@@ -1,14 +1,13 @@
 #include "fuzz/fuzzing.h"
+#include "oracle/ini_values.h"
 #include "random/program.h"
 #include "random/record.h"
 #include "random/virtual_files.h"
 #include "random/virtual_platform.h"
 #include "random/virtual_time.h"
 #include "settings/settings.h"
-#include "storage/settings_file.h"
 
 #include <QComboBox>
-#include <QSettings>
 
 #include <array>
 #include <cstdlib>
@@ -29,7 +28,6 @@ QStringList arrive()
 {
     VirtualPlatform::interface() = Oracle::Interface();
     VirtualPlatform::interface().plug(1, 0);
-    SettingsFile::open(fileName);
     Fuzzing::require(dialog->connectDevice(), "the device answers");
     dialog->refreshFromDevice();
     VirtualTime::instance().run(1000);
@@ -48,17 +46,17 @@ void startDialog()
     Fuzzing::require(VirtualPlatform::pipeIsServed(), "the pipe is served");
 }
 
-/// What the toolkit reads in the file as it is now.
+/// What the oracle reads in the file as it is now.
 void compareWithFile(const QStringList& texts)
 {
-    const QSettings file(Program::folder() + u'/' + fileName, QSettings::IniFormat);
+    const Oracle::IniFile file = Oracle::parseIni(VirtualFiles::read(fileName.toStdString()));
     const auto combos = dialog->findChildren<QComboBox*>();
     for (qsizetype i = 0; i < texts.size(); ++i) {
         Fuzzing::require(combos[i]->findText(texts[i]) >= 0, "the choice is one of the items");
-        const QVariant value = file.value(QLatin1String(keys.at(static_cast<std::size_t>(i))));
-        const bool isItem =
-            value.typeId() == QMetaType::QString && combos[i]->findText(value.toString()) >= 0;
-        Fuzzing::require(!isItem || value.toString() == texts[i], "the stored choice is shown");
+        const QString text = QString::fromStdString(
+            Oracle::textValue(file, keys.at(static_cast<std::size_t>(i)), std::string()));
+        Fuzzing::require(combos[i]->findText(text) < 0 || text == texts[i],
+                         "the stored choice is shown");
     }
 }
 

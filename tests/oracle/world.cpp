@@ -1,6 +1,16 @@
 #include "oracle/world.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace Oracle {
+
+bool WithoutCase::operator()(const std::string& a, const std::string& b) const
+{
+    return std::ranges::lexicographical_compare(
+        a, b, {}, [](unsigned char letter) { return std::tolower(letter); },
+        [](unsigned char letter) { return std::tolower(letter); });
+}
 
 std::string Knob::shown() const
 {

@@ -14,8 +14,13 @@
 
 namespace Oracle {
 
+struct WithoutCase
+{
+    bool operator()(const std::string& a, const std::string& b) const;
+};
+
 /// The keys of an INI file, "Group/Key", with their texts.
-using IniFile = std::map<std::string, std::string>;
+using IniFile = std::map<std::string, std::string, WithoutCase>;
 
 /// The driver object of one user of the driver.
 struct Device
