@@ -3,6 +3,7 @@
 #include "asio/asio_reset.h"
 #include "asio/thread_settings_pip.h"
 #include "controls/keyboard_policy.h"
+#include "controls/window_placement.h"
 #include "driver/driver_device.h"
 #include "storage/settings_file.h"
 
@@ -14,12 +15,23 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 namespace {
 
 constexpr int usbErrorInterval = 1000;
 
 const QString settingsFile = QStringLiteral("setting.ini");
+
+/// A list that the wheel only scrolls while it is open: a choice stops the sound for a moment.
+class ChoiceList : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
 
 } // namespace
 
@@ -84,6 +96,7 @@ void Settings::buildLayout()
     usbErrorLabel->setStyleSheet(QStringLiteral("font-size: 10px; color: #888888;"));
     mainLayout->addWidget(usbErrorLabel);
     usbErrorLabel->hide();
+    new WindowPlacement(*this);
 }
 
 QComboBox* Settings::addChoice(const QString& label,
@@ -94,7 +107,7 @@ QComboBox* Settings::addChoice(const QString& label,
     caption->setStyleSheet(QStringLiteral("font-size: 14px; color: #008888;"));
     mainLayout->addWidget(caption);
 
-    auto* combo = new QComboBox(this);
+    auto* combo = new ChoiceList(this);
     caption->setBuddy(combo);
     for (const SettingsChoices::Choice& choice : choices)
         combo->addItem(QLatin1String(choice.text));
@@ -161,14 +174,6 @@ void Settings::updateUsbErrorCount()
     }
     usbErrorLabel->setText(tr("USB Error Count: %1").arg(std::uint32_t{usbStatus.usbErrorCount}));
     usbErrorLabel->show();
-}
-
-void Settings::showEvent(QShowEvent* event)
-{
-    // Shown for the first time, the dialog fits its content. Without this the toolkit would fit it
-    // again each time it is shown, whatever size the user gave it.
-    setAttribute(Qt::WA_Resized);
-    QDialog::showEvent(event);
 }
 
 void Settings::showFromPipe()

@@ -40,9 +40,6 @@ public:
     /// The device must be set up again when it comes back; refreshFromDevice() does that.
     bool reinitPending = false;
 
-protected:
-    void showEvent(QShowEvent* event) override;
-
 public slots:
     void updateUsbErrorCount();
     /// Brings the dialog to the front, above all other windows: the ASIO driver asked for it.

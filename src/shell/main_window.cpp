@@ -1,6 +1,7 @@
 #include "shell/main_window.h"
 
 #include "controls/keyboard_policy.h"
+#include "controls/window_placement.h"
 #include "driver/driver_device.h"
 #include "panels/ka1.h"
 #include "panels/ka2.h"
@@ -85,6 +86,7 @@ MainWindow::MainWindow(QWidget* parent)
     baseLayout = new QVBoxLayout(central);
     baseLayout->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     showStatus(QStringLiteral("声卡未连接！"));
+    new WindowPlacement(*this);
 }
 
 MainWindow::~MainWindow() = default;
@@ -203,12 +205,4 @@ void MainWindow::closeEvent(QCloseEvent* event)
     // The window belongs to the entry routine, which destroys it: a close that goes through must
     // not delete it as well.
     setAttribute(Qt::WA_DeleteOnClose, false);
-}
-
-void MainWindow::showEvent(QShowEvent* event)
-{
-    // Shown for the first time, the window fits its content. Without this the toolkit would fit it
-    // again each time it is shown, whatever size the user gave it.
-    setAttribute(Qt::WA_Resized);
-    QMainWindow::showEvent(event);
 }

@@ -15,9 +15,8 @@ class Settings;
 struct DeviceModel;
 
 /// The one top-level window: finds out which interface is attached, shows that model's panel,
-/// and removes it when the device stops answering. Starts hidden; the tray icon shows it, then as
-/// large as its content. From then on the size is the user's, and only grows by itself, for content
-/// that does not fit. GUI thread only.
+/// and removes it when the device stops answering. Starts hidden; the tray icon shows it. GUI
+/// thread only.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -37,7 +36,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    void showEvent(QShowEvent* event) override;
 
 private:
     void showStatus(const QString& text);

@@ -3,14 +3,30 @@
 #include "support/test_main.h"
 #include "support/trace_text.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <QWindow>
+
+namespace {
+
+void turnWheel(QWidget& widget, int angle)
+{
+    const QPointF place = widget.rect().center();
+    QWheelEvent event(place, widget.mapToGlobal(place), {}, {0, angle}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
+}
+
+} // namespace
 
 class SettingsDialogTest : public QObject
 {
@@ -36,9 +52,9 @@ private slots:
     void damagedFile();
     void tickWithoutDevice();
     void usbErrorLine();
-    void growsForTheErrorLineAndStays();
+    void fitsTheErrorLine();
     void keepsTheUsersSize();
-    void firstShowFitsWhatIsLeft();
+    void wheelOverLists();
     void failedStatusReadLeavesTheLine();
     void destruction();
 
@@ -315,20 +331,21 @@ void SettingsDialogTest::usbErrorLine()
     QVERIFY(line->isHidden());
 }
 
-void SettingsDialogTest::growsForTheErrorLineAndStays()
+void SettingsDialogTest::fitsTheErrorLine()
 {
     fixture.connect(44100, 192, 24);
-    fixture.dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
-    const QSize without = fixture.dialog->size();
-    QCOMPARE(without, fixture.dialog->sizeHint());
+    const QSize without = fixture.dialog->sizeHint();
     countErrors(3);
-    QTRY_VERIFY(fixture.dialog->height() > without.height());
-    const QSize with = fixture.dialog->size();
-    QCOMPARE(with, fixture.dialog->sizeHint());
-    countErrors(0);
-    QTest::qWait(50);
-    QCOMPARE(fixture.dialog->size(), with);
+    const QSize with = fixture.dialog->sizeHint();
+    QVERIFY(with.height() > without.height());
+    for (const bool hidden : {true, false}) {
+        for (const std::uint32_t errors : {0U, 3U, 0U}) {
+            fixture.dialog->setHidden(hidden);
+            countErrors(errors);
+            fixture.dialog->show();
+            QTRY_COMPARE(fixture.dialog->size(), errors == 0 ? without : with);
+        }
+    }
 }
 
 void SettingsDialogTest::keepsTheUsersSize()
@@ -341,29 +358,50 @@ void SettingsDialogTest::keepsTheUsersSize()
     QTRY_COMPARE(fixture.dialog->size(), QSize(400, 600));
     for (const std::uint32_t errors : {3U, 0U, 3U}) {
         countErrors(errors);
-        QTest::qWait(50);
+        QTest::qWait(250);
         QCOMPARE(fixture.dialog->size(), QSize(400, 600));
     }
     fixture.dialog->hide();
     countErrors(0);
     fixture.dialog->show();
-    QTest::qWait(50);
+    QTest::qWait(250);
     QCOMPARE(fixture.dialog->size(), QSize(400, 600));
     fixture.dialog->showFromPipe();
-    QTest::qWait(50);
+    QTest::qWait(250);
     QCOMPARE(fixture.dialog->size(), QSize(400, 600));
 }
 
-void SettingsDialogTest::firstShowFitsWhatIsLeft()
+/// A stray notch must not stop the sound; an open list scrolls.
+void SettingsDialogTest::wheelOverLists()
 {
     fixture.connect(44100, 192, 24);
-    const QSize without = fixture.dialog->sizeHint();
-    countErrors(3);
-    QTest::qWait(50);
-    countErrors(0);
+    fixture.dialog->loadSettings();
     fixture.dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(fixture.dialog.get()));
-    QCOMPARE(fixture.dialog->size(), without);
+    fixture.takeTrace();
+    for (QComboBox* combo : fixture.dialog->findChildren<QComboBox*>()) {
+        const int chosen = combo->currentIndex();
+        for (const bool focused : {false, true}) {
+            if (focused)
+                combo->setFocus();
+            for (const int notch : {-120, 120})
+                turnWheel(*combo, notch);
+        }
+        QCOMPARE(combo->currentIndex(), chosen);
+    }
+    QCOMPARE(fixture.takeTrace(), QStringList());
+
+    QComboBox* combo = fixture.bufferSize();
+    combo->setMaxVisibleItems(2);
+    combo->setStyleSheet(QStringLiteral("combobox-popup: 0"));
+    combo->showPopup();
+    QVERIFY(QTest::qWaitForWindowExposed(combo->view()->window()));
+    const int before = combo->view()->verticalScrollBar()->value();
+    turnWheel(*combo->view()->viewport(), before == 0 ? -120 : 120);
+    QVERIFY(combo->view()->verticalScrollBar()->value() != before);
+    combo->hidePopup();
+    QTest::keyClick(combo, Qt::Key_Down);
+    QCOMPARE(combo->currentText(), QString("256"));
 }
 
 void SettingsDialogTest::failedStatusReadLeavesTheLine()

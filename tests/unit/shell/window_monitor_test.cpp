@@ -4,11 +4,16 @@
 #include "support/test_main.h"
 #include "window_stage.h"
 
+#include <QFile>
 #include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLineEdit>
 #include <QScreen>
 #include <QTest>
 #include <QWindow>
+#include <qpa/qplatformnativeinterface.h>
 #include <qpa/qwindowsysteminterface.h>
 
 /// The windows on a desk of monitors of different scales (monitors.json): where they move they are
@@ -24,6 +29,7 @@ private slots:
     void panel();
     void openEditor();
     void dialog();
+    void growsIntoTheScreen();
     void hiddenWhileTheMonitorIsTakenAway();
 
 private:
@@ -62,6 +68,35 @@ QString wrongAt(double scale, QWidget& window)
     if (screen.size() != pixels)
         return QStringLiteral("%1 x %2 pixels").arg(screen.width()).arg(screen.height());
     return ScreenPicture::difference(screen, ScreenPicture::paintedAnew(window));
+}
+
+/// All monitors, or all but the one of this scale.
+void connectMonitors(double without = 0)
+{
+    QFile file(QStringLiteral(QUORVEL_MONITORS));
+    QVERIFY(file.open(QFile::ReadOnly));
+    QJsonArray screens =
+        QJsonDocument::fromJson(file.readAll())[QStringLiteral("screens")].toArray();
+    for (qsizetype i = screens.size() - 1; i >= 0; --i) {
+        if (screens[i][QStringLiteral("logicalDpi")].toInt() == 96 * without)
+            screens.removeAt(i);
+    }
+    QPlatformNativeInterface* platform = QGuiApplication::platformNativeInterface();
+    using SetConfiguration = void (*)(const QJsonObject&, QPlatformNativeInterface*);
+    const auto set = reinterpret_cast<SetConfiguration>(
+        platform->nativeResourceForIntegration("setConfiguration"));
+    QVERIFY(set != nullptr);
+    set({{QStringLiteral("screens"), screens}}, platform);
+}
+
+/// The monitor on which all of the window is.
+const QScreen* monitorOf(const QWidget& window)
+{
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        if (screen->availableGeometry().contains(window.frameGeometry()))
+            return screen;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -136,16 +171,48 @@ void WindowMonitorTest::dialog()
     }
 }
 
-/// The tray brings the window back on another monitor than it was hidden on.
+/// A panel comes while the window stands in the corner.
+void WindowMonitorTest::growsIntoTheScreen()
+{
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    const QRect screen = monitor(1.0)->availableGeometry();
+    window->windowHandle()->setPosition(screen.bottomRight() - QPoint(160, 80));
+    settle();
+    simulated.control().plug(SimulatorControl::ka2);
+    window->detectDevice();
+    settle();
+    QCOMPARE(window->size(), window->sizeHint());
+    QCOMPARE(monitorOf(*window), monitor(1.0));
+    QCOMPARE(window->frameGeometry().bottomRight(), screen.bottomRight());
+}
+
+/// The tray and the ASIO driver bring the windows back when their monitor is gone; one that the
+/// user made larger than the monitor that is left becomes smaller.
 void WindowMonitorTest::hiddenWhileTheMonitorIsTakenAway()
 {
     showPanel(SimulatorControl::ka2);
+    settings->showFromPipe();
+    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
     moveTo(*window, 2.0);
+    moveTo(*settings, 2.0);
+    settings->windowHandle()->resize(500, 1200);
+    settle();
+    QCOMPARE(monitorOf(*window), monitor(2.0));
+    QCOMPARE(monitorOf(*settings), monitor(2.0));
     window->hide();
-    moveTo(*window, 1.25);
+    settings->hide();
+    connectMonitors(2.0);
+    QCOMPARE(monitor(2.0), nullptr);
     window->show();
+    settings->showFromPipe();
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QTRY_COMPARE(wrongAt(1.25, *window), QString());
+    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QCOMPARE(monitorOf(*window), monitor(1.0));
+    QCOMPARE(monitorOf(*settings), monitor(1.0));
+    QCOMPARE(settings->width(), 500);
+    QTRY_COMPARE(wrongAt(1.0, *window), QString());
+    connectMonitors();
 }
 
 int main(int argc, char** argv)

@@ -24,6 +24,12 @@ bool WindowStage::showPanel(std::uint32_t productId)
     return QTest::qWaitForWindowExposed(window.get());
 }
 
+void WindowStage::settle()
+{
+    constexpr int longerThanItTakes = 250; // Milliseconds; a window settles 100 after a change.
+    QTest::qWait(longerThanItTakes);
+}
+
 void WindowStage::stopClocks(QWidget& widget)
 {
     for (QTimer* timer : widget.findChildren<QTimer*>())

@@ -19,6 +19,9 @@ struct WindowStage
     /// Plugs the model in and waits until its panel is on the screen, which then stands still.
     bool showPanel(std::uint32_t productId);
 
+    /// Lets a window lay out what was added, and take its size.
+    static void settle();
+
     /// Stops all timers of a window, so that nothing in it changes by itself.
     static void stopClocks(QWidget& widget);
 
