@@ -13,7 +13,7 @@ TopLevel::TopLevel()
     settings.reinitPending = true;
     trayIcon.setMainWindow(&mainWindow);
     trayIcon.setSettingsWindow(&settings);
-    trayIcon.setVisible(true);
+    trayIcon.appear();
 }
 
 void setApplicationIcon()

@@ -21,6 +21,7 @@ public:
     /// tried to the wide standard output. A handle already held is not closed: open a fresh object
     /// once.
     bool open();
+    bool isOpen() const { return handle.isValid(); }
     void close() { handle.reset(nullptr); }
 
     // ControlPacket commands. Channels count from 1; `on` is 0 or 1; volumes are the device's own

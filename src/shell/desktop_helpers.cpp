@@ -1,8 +1,10 @@
 #include "shell/desktop_helpers.h"
 
+#include "platform/system_folder.h"
 #include "platform/win32.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QMessageBox>
 #include <QProcess>
 
@@ -13,10 +15,22 @@ namespace {
 constexpr int restartTimeout = 5000;
 constexpr std::intptr_t highestShellError = 32;
 
+/// The system's programs are looked for in the current folder first, and what is started works in
+/// it: not in one that came from who started this program. Returns the folder, empty where the
+/// system has none.
+QString enterSystemFolder()
+{
+    const QString folder = QString::fromStdWString(systemFolder());
+    if (!folder.isEmpty())
+        QDir::setCurrent(folder);
+    return folder;
+}
+
 } // namespace
 
 void DesktopHelpers::openSoundPanel()
 {
+    enterSystemFolder();
     const HINSTANCE result =
         ShellExecuteA(nullptr, "open", "control.exe", "mmsys.cpl", nullptr, SW_SHOWNORMAL);
     if (reinterpret_cast<std::intptr_t>(result) <= highestShellError) {
@@ -29,8 +43,10 @@ void DesktopHelpers::openSoundPanel()
 
 void DesktopHelpers::restartExplorer()
 {
+    const QString folder = enterSystemFolder();
+    const QString interpreter = QStringLiteral("cmd.exe");
     QProcess process;
-    process.start(QStringLiteral("cmd.exe"),
+    process.start(folder.isEmpty() ? interpreter : folder + u'/' + interpreter,
                   {QStringLiteral("/c"),
                    QStringLiteral("taskkill /f /im explorer.exe && start explorer.exe")},
                   QIODevice::ReadWrite);
@@ -39,7 +55,8 @@ void DesktopHelpers::restartExplorer()
         qWarning() << "错误信息:" << process.errorString();
     }
     // A process that still runs reports 0, so the line of success follows those of the time-out.
-    if (process.exitCode() == 0) {
+    // On Windows one that never started reports 0 as well.
+    if (process.exitCode() == 0 && process.error() != QProcess::FailedToStart) {
         qDebug() << "资源管理器已成功重启";
         return;
     }

@@ -16,6 +16,8 @@ KeptConnections::~KeptConnections() = default;
 
 void KeptConnections::keep(std::unique_ptr<DriverDevice> device)
 {
+    if (!device->isOpen())
+        return;
     if (devices.size() == mostConnections)
         devices.pop_front();
     devices.push_back(std::move(device));

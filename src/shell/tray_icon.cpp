@@ -1,6 +1,7 @@
 #include "shell/tray_icon.h"
 
 #include "driver/driver_device.h"
+#include "platform/taskbar.h"
 #include "settings/settings.h"
 #include "shell/desktop_helpers.h"
 #include "shell/main_window.h"
@@ -12,10 +13,13 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPixmap>
-
-#include <utility>
+#include <QTimer>
 
 namespace {
+
+// At login the shell may be too busy to take an icon, and tells nobody when it has the time.
+constexpr int iconRetryInterval = 5000;
+constexpr int maximumIconRetries = 24;
 
 /// Brings a window to the front, or warns that there is none.
 void bringUp(QWidget* window, const QString& missingText)
@@ -81,6 +85,22 @@ void TrayIcon::buildMenu()
         Qt::DirectConnection);
 }
 
+void TrayIcon::appear()
+{
+    setVisible(true);
+    auto* retry = new QTimer(this);
+    connect(retry, &QTimer::timeout, this, [this, retry, left = maximumIconRetries]() mutable {
+        if (left == 0 || !geometry().isEmpty()) {
+            retry->stop();
+            retry->deleteLater();
+            return;
+        }
+        --left;
+        announceTaskbar();
+    });
+    retry->start(iconRetryInterval);
+}
+
 void TrayIcon::setMainWindow(MainWindow* window)
 {
     if (window != nullptr)
@@ -119,14 +139,13 @@ void TrayIcon::clickCallback(QSystemTrayIcon::ActivationReason reason)
 
 void TrayIcon::upgradeFirmwareAction()
 {
-    auto device = std::make_unique<DriverDevice>();
-    if (device->open()) {
-        device->upgradeFirmware();
+    DriverDevice device;
+    if (device.open()) {
+        device.upgradeFirmware();
         return;
     }
     // Names the first model whatever is attached: log readers know the line so.
     qDebug() << "Failed to create device in ka1.";
-    unopenedDevices.keep(std::move(device));
 }
 
 void TrayIcon::openSoundPannel()

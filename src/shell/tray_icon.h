@@ -1,7 +1,5 @@
 #pragma once
 
-#include "shell/kept_connections.h"
-
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -23,6 +21,10 @@ public:
     void setMainWindow(MainWindow* window);
     void setSettingsWindow(Settings* window);
 
+    /// Shows the icon and, as long as the shell has not taken it, asks for it again, for two
+    /// minutes at the most.
+    void appear();
+
     /// Shows another icon, with a tool tip; a file that does not exist changes nothing.
     void setTrayIcon(const QString& path);
 
@@ -42,5 +44,4 @@ private:
     MainWindow* mainWindow = nullptr;
     Settings* settingsWindow = nullptr;
     QMenu menu;
-    KeptConnections unopenedDevices; ///< of upgrades that found no device
 };

@@ -17,10 +17,13 @@ void clearLayout(World& world)
     world.time.stop(Timer::readOuts);
 }
 
-/// Attempts go on all day, so the oldest goes when there are too many.
+/// Attempts go on all day, so the oldest goes when there are too many. Without a handle there is
+/// nothing to keep.
 void keep(Window& window, const Device& device)
 {
     constexpr std::size_t most = 256;
+    if (!device.isOpen())
+        return;
     if (window.kept.size() == most)
         window.kept.pop_front();
     window.kept.push_back(device);

@@ -26,11 +26,14 @@ public:
     FakeProgram(const FakeProgram&) = delete;
     FakeProgram& operator=(const FakeProgram&) = delete;
 
+    /// Where it lies.
+    QString folder() const;
+
     /// What it was started with last; empty when it was not started yet.
     QStringList arguments() const;
 
 private:
-    QTemporaryDir folder;
+    QTemporaryDir ownFolder;
     QString path;
     QByteArray searchPath;
 };

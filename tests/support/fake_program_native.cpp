@@ -21,19 +21,24 @@ FakeProgram::FakeProgram(const QString& name)
 }
 
 FakeProgram::FakeProgram(const QString& name, const Behaviour& behaviour)
-    : path(folder.filePath(name))
+    : path(ownFolder.filePath(name))
     , searchPath(qgetenv("PATH"))
 {
     writeFile(path + ".output", behaviour.output);
     writeFile(path + ".errors", behaviour.errors);
     writeFile(path, QString(script).arg(behaviour.seconds).arg(behaviour.exitCode).toUtf8());
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("PATH", QFile::encodeName(folder.path()) + ':' + searchPath);
+    qputenv("PATH", QFile::encodeName(folder()) + ':' + searchPath);
 }
 
 FakeProgram::~FakeProgram()
 {
     qputenv("PATH", searchPath);
+}
+
+QString FakeProgram::folder() const
+{
+    return ownFolder.path();
 }
 
 QStringList FakeProgram::arguments() const

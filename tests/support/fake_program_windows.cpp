@@ -48,6 +48,11 @@ FakeProgram::~FakeProgram()
     removeAll(path);
 }
 
+QString FakeProgram::folder() const
+{
+    return QCoreApplication::applicationDirPath();
+}
+
 QStringList FakeProgram::arguments() const
 {
     return linesOf(path + ".arguments");

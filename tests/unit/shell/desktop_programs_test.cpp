@@ -1,13 +1,27 @@
+#include "platform/system_folder.h"
 #include "shell/tray_icon.h"
 #include "support/debug_log.h"
 #include "support/fake_program.h"
 #include "support/test_main.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+
+namespace {
+
+QString programFolder;
+
+} // namespace
+
+/// In place of the system's.
+std::wstring systemFolder()
+{
+    return programFolder.toStdWString();
+}
 
 /// The two desktop helpers where the programs that they start can be replaced and absent.
 class DesktopProgramsTest : public QObject
@@ -17,15 +31,18 @@ class DesktopProgramsTest : public QObject
 private slots:
     void soundPanelOpens();
     void soundPanelMissing();
-    void noCommandInterpreter();
+    void plantedInterpreter();
 };
 
 void DesktopProgramsTest::soundPanelOpens()
 {
     const FakeProgram control("control.exe");
+    programFolder = control.folder();
     TrayIcon tray;
     DebugLog log;
     tray.openSoundPannel();
+    // Windows looks for the program in the current folder first.
+    QCOMPARE(QDir::currentPath(), programFolder);
     QCOMPARE(log.take(), QStringList{"声音设置面板已打开。"});
     QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 5000);
 }
@@ -53,14 +70,17 @@ void DesktopProgramsTest::soundPanelMissing()
     QVERIFY(!log.lines().contains("声音设置面板已打开。"));
 }
 
-void DesktopProgramsTest::noCommandInterpreter()
+/// A program of the same name that is found first.
+void DesktopProgramsTest::plantedInterpreter()
 {
+    const FakeProgram interpreter("cmd.exe");
+    const FakeProgram planted("cmd.exe");
+    programFolder = interpreter.folder();
     TrayIcon tray;
     DebugLog log;
     tray.refreshDeviceList();
-    const QStringList lines = log.take();
-    QCOMPARE(lines.value(0), QString("warning: 重启资源管理器超时"));
-    QVERIFY(!lines.contains("资源管理器已成功重启"));
+    QVERIFY(!interpreter.arguments().isEmpty());
+    QVERIFY(planted.arguments().isEmpty());
 }
 
 QUORVEL_TEST_MAIN(DesktopProgramsTest)

@@ -1,0 +1,6 @@
+#include "platform/system_folder.h"
+
+std::wstring systemFolder()
+{
+    return {};
+}
