@@ -24,6 +24,7 @@ private slots:
     void clicksOpenTheWindow();
     void doubleClickOpensTheWindow();
     void middleAndRightClickOpenNoWindow();
+    void iconComesBackWithTheNotificationArea();
     void closingTheWindowHidesIt();
     void menuShowsBothWindows();
     void quitEndsInOrder();
@@ -123,6 +124,20 @@ void SystemTray::middleAndRightClickOpenNoWindow()
     QVERIFY(menu.close());
     QVERIFY(waitForLooks());
     QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
+}
+
+/// As after a restart of the Explorer.
+void SystemTray::iconComesBackWithTheNotificationArea()
+{
+    QVERIFY(startWithoutDevice());
+    QVERIFY(Desktop::waitForTrayIcon().has_value());
+    QVERIFY(Desktop::restartNotificationArea());
+    const auto icon = Desktop::waitForTrayIcon();
+    QVERIFY(icon.has_value());
+    QVERIFY(Desktop::click(icon->center()));
+    QVERIFY(Desktop::waitForWindow(mainWindow).has_value());
+    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
 }
 
 void SystemTray::closingTheWindowHidesIt()

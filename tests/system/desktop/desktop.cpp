@@ -151,6 +151,15 @@ std::optional<QRect> Desktop::waitForTrayIcon()
     return icons.first();
 }
 
+bool Desktop::restartNotificationArea()
+{
+    static const QRegularExpression area(QStringLiteral("(0x[0-9a-f]+) \"SystemTray\""));
+    const auto tree =
+        runTool(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")});
+    const QString id = area.match(tree.value_or(QString())).captured(1);
+    return !id.isEmpty() && xdotool({QStringLiteral("windowkill"), id});
+}
+
 bool Desktop::click(QPoint place, MouseButton button)
 {
     QThread::msleep(doubleClickInterval);

@@ -48,6 +48,10 @@ public:
     /// The first icon, waited for.
     static std::optional<QRect> waitForTrayIcon();
 
+    /// Ends the program that holds the notification area, which takes all icons with it; the
+    /// display starts it anew.
+    static bool restartNotificationArea();
+
     /// Waits half a second first, so that two clicks never become a double click.
     static bool click(QPoint place, MouseButton button = MouseButton::Left);
     /// Clicks at once. This is the second click of a double click when the first was not longer
