@@ -52,6 +52,7 @@ class SystemKa1 : public SystemTest
 private slots:
     void arrivalShowsThePanel();
     void oneNotchReachesDeviceAndFile();
+    void whatWaitsIsSavedAtTheEnd();
     void knobsAreDraggedTypedAndReset();
     void aClickCommandsTwice();
     void pulledCableRemovesThePanel();
@@ -171,6 +172,25 @@ void SystemKa1::oneNotchReachesDeviceAndFile()
     QVERIFY2(group >= 0 && value > group, qPrintable(lines.join(QLatin1Char('|'))));
     for (auto i = group + 1; i < value; ++i)
         QVERIFY(!lines.at(i).startsWith(QLatin1Char('[')));
+}
+
+/// A folder is in the file's place until just before the end.
+void SystemKa1::whatWaitsIsSavedAtTheEnd()
+{
+    QVERIFY(openPanel());
+    const QString path = folder().settingsFile(iniFile);
+    QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+    QVERIFY(Desktop::wheel(knob(Gain), 1));
+    QVERIFY(waitUntil([this] {
+        return !panel()
+                    .debugLines()
+                    .filter(QStringLiteral("Cannot save the settings yet"))
+                    .isEmpty();
+    }));
+    QVERIFY(QDir().rmdir(path));
+    QVERIFY(session().askToEnd(panel()));
+    QCOMPARE(panel().waitForExit().value_or(-1), 0);
+    QCOMPARE(session().storedValue(iniFile, QStringLiteral("Dial/MicValue")), QStringLiteral("1"));
 }
 
 void SystemKa1::knobsAreDraggedTypedAndReset()
