@@ -39,7 +39,7 @@ PanelControls::~PanelControls()
 
 PanelControls::Change PanelControls::bindKnob(Knob* knob, const char* key, int missing, Change send)
 {
-    const Change change = [this, knob, key, send = std::move(send)](int value) {
+    Change change = [this, knob, key, send = std::move(send)](int value) {
         send(value);
         link.store(key, knob->value);
     };
