@@ -57,11 +57,9 @@ private slots:
     void icon();
     void bringsToTheFront_data();
     void bringsToTheFront();
-    void showMainWindow();
     void clicks_data();
     void clicks();
     void mainWindowEntryShowsAMinimisedWindow();
-    void setupEntry();
     void clickWithoutWindowWarns_data();
     void clickWithoutWindowWarns();
     void missingWindowsWarn_data();
@@ -183,15 +181,6 @@ void TrayIconTest::bringsToTheFront()
     QVERIFY(QTest::qWaitForWindowActive(wanted));
 }
 
-void TrayIconTest::showMainWindow()
-{
-    MainWindow window;
-    TrayIcon tray;
-    tray.setMainWindow(&window);
-    entry(tray, "Main Window")->trigger();
-    QVERIFY(window.isVisible());
-}
-
 void TrayIconTest::clicks_data()
 {
     QTest::addColumn<int>("reason");
@@ -224,15 +213,6 @@ void TrayIconTest::mainWindowEntryShowsAMinimisedWindow()
     entry(tray, "Main Window")->trigger();
     QVERIFY(window.isVisible());
     QVERIFY2(window.isMinimized(), "shown as it was, without being restored");
-}
-
-void TrayIconTest::setupEntry()
-{
-    Settings settings;
-    TrayIcon tray;
-    tray.setSettingsWindow(&settings);
-    entry(tray, "Setup")->trigger();
-    QVERIFY(settings.isVisible());
 }
 
 void TrayIconTest::clickWithoutWindowWarns_data()

@@ -2,11 +2,14 @@
 #include "shell/tray_icon.h"
 #include "support/test_main.h"
 
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <private/qguiapplication_p.h>
 #include <qpa/qplatformsystemtrayicon.h>
 #include <qpa/qplatformtheme.h>
+
+#include <utility>
 
 namespace {
 
@@ -77,18 +80,16 @@ void TrayRetryTest::asksUntilTheIconIsThere()
     shell = &busy;
     ShellTheme theme;
     QPlatformTheme* const own = std::exchange(QGuiApplicationPrivate::platform_theme, &theme);
-    {
-        TrayIcon tray;
-        tray.appear();
-        QVERIFY(tray.isVisible());
-        auto* retry = tray.findChild<QTimer*>();
-        QVERIFY(retry != nullptr && retry->isActive());
-        QCOMPARE(retry->interval(), 5000);
-        retry->setInterval(0);
-        QTRY_VERIFY_WITH_TIMEOUT(tray.findChild<QTimer*>() == nullptr, 30000);
-        QCOMPARE(busy.asked, asked);
-    }
-    QGuiApplicationPrivate::platform_theme = own;
+    const auto restore = qScopeGuard([own] { QGuiApplicationPrivate::platform_theme = own; });
+    TrayIcon tray;
+    tray.appear();
+    QVERIFY(tray.isVisible());
+    auto* retry = tray.findChild<QTimer*>();
+    QVERIFY(retry != nullptr && retry->isActive());
+    QCOMPARE(retry->interval(), 5000);
+    retry->setInterval(0);
+    QTRY_VERIFY_WITH_TIMEOUT(tray.findChild<QTimer*>() == nullptr, 30000);
+    QCOMPARE(busy.asked, asked);
 }
 
 QUORVEL_TEST_MAIN(TrayRetryTest)
