@@ -39,7 +39,9 @@ bool write(const QString& path, const QString& name, const QByteArray& content)
 {
     QFile present(path);
     const bool exists = present.exists();
-    if (exists && !present.open(QFile::ReadWrite | QFile::ExistingOnly))
+    // Not everybody whom the mode forbids it is refused.
+    if (exists &&
+        (!QFileInfo(path).isWritable() || !present.open(QFile::ReadWrite | QFile::ExistingOnly)))
         return false;
     QFile file(name);
     if (!file.open(QFile::WriteOnly | QFile::Truncate | QFile::Text))
