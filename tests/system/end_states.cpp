@@ -88,19 +88,25 @@ bool EndStates::startPeer(const QStringList& words, const QString& awaitedLine)
     return waitUntil([&] { return peer->outputLines().contains(awaitedLine); }, 10s);
 }
 
+QString EndStates::interpreter()
+{
+    return Target::isWindows() ? Target::systemFolder() + QStringLiteral("/cmd.exe")
+                               : folder().path(QStringLiteral("commands/cmd.exe"));
+}
+
 bool EndStates::placeSlowInterpreter()
 {
+    const QString place = interpreter();
     if (Target::isWindows()) {
-        // Windows looks for programs beside the caller first.
-        const QString place =
-            QFileInfo(session().programFile()).path() + QStringLiteral("/cmd.exe");
         QFile plan(place + QStringLiteral(".plan"));
-        return QFile::copy(Target::tool(QStringLiteral("quorvel-fake-program")).last(), place) &&
+        // Another file in its place: several Windows share the one that was there.
+        return QFile::remove(place) &&
+               QFile::copy(Target::tool(QStringLiteral("quorvel-fake-program")).last(), place) &&
                plan.open(QFile::WriteOnly) && plan.write("30 0") > 0;
     }
-    const QString commands = folder().path(QStringLiteral("commands"));
+    const QString commands = QFileInfo(place).path();
     QDir().mkpath(commands);
-    QFile script(commands + QStringLiteral("/cmd.exe"));
+    QFile script(place);
     if (!script.open(QFile::WriteOnly))
         return false;
     script.write("#!/bin/sh\n: >\"$0.arguments\"\nexec sleep 30\n");
@@ -190,10 +196,7 @@ bool EndStates::restartExplorer()
     if (!placeSlowInterpreter() || !startHidden() ||
         !chooseFromTrayMenu(TrayEntry::RefreshAudioDevice))
         return false;
-    const QString report =
-        Target::isWindows()
-            ? QFileInfo(session().programFile()).path() + QStringLiteral("/cmd.exe.arguments")
-            : folder().path(QStringLiteral("commands/cmd.exe.arguments"));
+    const QString report = interpreter() + QStringLiteral(".arguments");
     return waitUntil([&] { return QFile::exists(report); }, 10s);
 }
 

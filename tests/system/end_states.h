@@ -31,6 +31,7 @@ protected:
     bool startPeer(const QStringList& words, const QString& awaitedLine);
 
     /// Puts a program that runs for half a minute in the place of the command interpreter.
+    QString interpreter();
     bool placeSlowInterpreter();
 
 private:

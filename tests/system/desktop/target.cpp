@@ -33,6 +33,11 @@ QString Target::settingsFolder()
     return qEnvironmentVariable("QUORVEL_SETTINGS");
 }
 
+QString Target::systemFolder()
+{
+    return qEnvironmentVariable("WINEPREFIX") + QStringLiteral("/drive_c/windows/system32");
+}
+
 QString Target::utf8Locale()
 {
     // Wine takes the code page from the locale's language. Hindi has none of the old ones.

@@ -9,6 +9,7 @@
 /// QUORVEL_LAUNCHER   the command that starts Windows programs
 /// QUORVEL_PROGRAM    the panel's file, where it is not the QuorvelDriver beside this program
 /// QUORVEL_TOOLS      the folder of the Windows builds of our tools
+/// WINEPREFIX         the Windows in which it runs
 /// QUORVEL_SETTINGS   the folder in which the Windows program keeps its settings
 namespace Target {
 
@@ -25,6 +26,9 @@ QStringList tool(const QString& name);
 
 /// Where a Windows program keeps its settings files.
 QString settingsFolder();
+
+/// Windows' own folder of programs.
+QString systemFolder();
 
 /// The locale in which the target's programs write their debug lines in UTF-8.
 QString utf8Locale();
