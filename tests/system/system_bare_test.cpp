@@ -29,7 +29,7 @@ void SystemBare::runsWithoutTray()
     QVERIFY(Desktop::hasNoWindow(QStringLiteral("^Quorvel")));
 
     panel().terminate();
-    QVERIFY(panel().waitForEnd());
+    QCOMPARE(panel().waitForExit(), std::optional(0));
     QCOMPARE(handles(0), 0);
 }
 

@@ -23,6 +23,7 @@ public:
 
     /// Starts the panel and waits for the debug line of its first settled step.
     bool startPanel();
+    bool panelRuns() const { return panelProgram != nullptr && panelProgram->isRunning(); }
     ChildProgram& panel() { return *panelProgram; }
     const ChildProgram& panel() const { return *panelProgram; }
 

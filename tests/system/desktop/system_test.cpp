@@ -15,8 +15,18 @@ void SystemTest::init()
     current = std::make_unique<PanelSession>();
 }
 
+void SystemTest::endPanel()
+{
+    // In order, and not by a kill: what it has left undone or leaked is told by its exit code.
+    if (current->panelRuns()) {
+        QVERIFY(current->askToEnd(panel()));
+        QCOMPARE(panel().waitForExit(), std::optional(0));
+    }
+}
+
 void SystemTest::cleanup()
 {
+    endPanel();
     if (QTest::currentTestFailed())
         current->printPanelLines();
     current.reset();

@@ -41,6 +41,7 @@ protected slots:
     void cleanup();
 
 private:
+    void endPanel();
     int watches() const;
 
     std::unique_ptr<PanelSession> current;
