@@ -83,9 +83,10 @@ class ContainedWindowsTest(unittest.TestCase):
                 self.expect_nothing_left(windows, how)
 
     def test_it_ends_while_it_starts(self):
+        choose = random.Random(int(os.environ.get("QUORVEL_TEST_SEED", "1")))
         for how in (signal.SIGINT, signal.SIGKILL):
             process = self.start()
-            delay = random.uniform(0.5, 6)
+            delay = choose.uniform(0.5, 6)
             windows, end = set(), time.monotonic() + delay
             while time.monotonic() < end:
                 windows |= self.our_windows()
