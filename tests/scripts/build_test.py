@@ -117,11 +117,15 @@ add_custom_target(sample ALL COMMAND ${CMAKE_COMMAND} -E touch built VERBATIM)
         return holder
 
     def test_two_commands_do_not_work_in_one_folder_at_a_time(self):
-        self.start_holder("lock_build debug; echo locked; sleep 2; echo free >\"$root/order\"")
-        result = self.run_script("lock_build debug; cat \"$root/order\"", "build")
-        self.assertEqual(result.returncode, 0, result.stdout)
-        self.assertIn("waiting", result.stdout)
-        self.assertIn("free", result.stdout)
+        self.start_holder("lock_build debug; echo locked; until [[ -e $root/heard ]]; do sleep 0.05; "
+                          "done; echo free >\"$root/order\"")
+        waiting = subprocess.Popen(self.command("lock_build debug; cat \"$root/order\"", "build"),
+                                   text=True, env=self.environment, stdout=subprocess.PIPE)
+        self.assertIn("waiting", waiting.stdout.readline())
+        with open(os.path.join(self.root, "heard"), "w", encoding="ascii"):
+            pass
+        self.assertEqual(waiting.communicate(timeout=60)[0], "free\n")
+        self.assertEqual(waiting.returncode, 0)
 
     def test_another_folder_is_not_waited_for(self):
         self.start_holder("lock_build debug; echo locked; sleep 60")
