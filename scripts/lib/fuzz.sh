@@ -21,26 +21,25 @@ fuzz_target()
         "$(sed -n 's/^#[0-9]*[[:space:]]*DONE[[:space:]]*\(cov: [0-9]*\).*/\1/p' "$log")"
 }
 
-# fuzz SECONDS: all targets, as many at a time as there are processors.
+# fuzz SECONDS: all targets, as many at a time as there are processors, until one fails.
 fuzz()
 {
-    local -a running=()
-    local target code=0
+    local target running=0
     # The targets save files all the time, which on a disk would be all that they do.
     export TMPDIR=$QUORVEL_FOLDER
     export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
     export LSAN_OPTIONS="suppressions='$root/tests/sanitizers/leaks.txt':print_suppressions=0"
     unset QT_LOGGING_RULES QT_LOGGING_CONF QT_MESSAGE_PATTERN
     for target in "${fuzz_targets[@]}"; do
-        while ((${#running[@]} >= $(nproc))); do
-            wait "${running[0]}" || code=1
-            running=("${running[@]:1}")
-        done
+        if ((running == $(nproc))); then
+            wait -n || return 1
+            running=$((running - 1))
+        fi
         fuzz_target "$1" "$target" &
-        running+=($!)
+        running=$((running + 1))
     done
-    for target in "${running[@]}"; do
-        wait "$target" || code=1
+    while ((running > 0)); do
+        wait -n || return 1
+        running=$((running - 1))
     done
-    return "$code"
 }
