@@ -3,7 +3,7 @@
 
 Links are those of Markdown, with their anchors; paths are what stands in backticks and begins with
 a folder or a command of this project. Names with a placeholder or a wildcard must match something.
-Commands are run by .ci/run or scripts/checks/commands, or stand below with the reason why not.
+Commands are run by .ci/run, scripts/checks/commands or scripts/checks/release, or stand below with the reason why not.
 """
 
 import pathlib
@@ -26,6 +26,7 @@ RUN_ELSEWHERE = {
     "scripts/make-pictures": "scripts/checks/demonstration",
     "scripts/contain COMMAND": "every command",
     "scripts/with-display COMMAND": "every system test",
+    "tests/support/run-whole": "every test",
     ".ci/run": "itself",
     "ASAN_OPTIONS=detect_leaks=0 build/fuzz/bin/TARGET_fuzz FILE": "./test --fuzz",
     "scripts/windows/collect-program": "./package",
@@ -34,12 +35,8 @@ RUN_ELSEWHERE = {
     "scripts/windows/run-in-fresh-windows": "./test --windows",
 }
 BY_HAND = {
-    "./test --coverage": "as long as ./test, and builds all anew",
-    "QUORVEL_TEST_ROUNDS=100 ./test --windows system_kill": "a test of ./test --windows, for longer",
-    "./test --soak MINUTES --windows": "its minute is in no relation to its preparations",
-    "./benchmark": "ten minutes on a machine that does nothing else",
     "./benchmark --keep": "renews what ./benchmark --short compares with",
-    "./benchmark --windows": "four minutes on a machine that does nothing else",
+    "scripts/checks/release": "a day's work, before a release",
     "QUORVEL_SIGN=/path/to/sign-it ./package": "needs the publisher's program",
 }
 
@@ -145,7 +142,7 @@ class DocumentsTest(unittest.TestCase):
                         self.assertTrue((ROOT / words[0]).is_file(), "is not there")
 
     def test_commands_are_run(self):
-        known = [step for script in (".ci/run", "scripts/checks/commands")
+        known = [step for script in (".ci/run", "scripts/checks/commands", "scripts/checks/release")
                  for step in STEP.findall((ROOT / script).read_text())]
         self.assertGreater(len(known), 20)
         known += [*RUN_ELSEWHERE, *BY_HAND]
