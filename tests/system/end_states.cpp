@@ -99,6 +99,10 @@ bool EndStates::placeSlowInterpreter()
     const QString place = interpreter();
     if (Target::isWindows()) {
         QFile plan(place + QStringLiteral(".plan"));
+        // Wine takes its own otherwise, whatever lies there.
+        folder().setVariable(QStringLiteral("WINEDLLOVERRIDES"),
+                             qEnvironmentVariable("WINEDLLOVERRIDES") +
+                                 QStringLiteral(";cmd.exe=n"));
         // Another file in its place: several Windows share the one that was there.
         return QFile::remove(place) &&
                QFile::copy(Target::tool(QStringLiteral("quorvel-fake-program")).last(), place) &&
