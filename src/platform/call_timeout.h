@@ -3,6 +3,8 @@
 #include "platform/scoped_handle.h"
 
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 /// A time-out for the synchronous system calls of the thread that makes it. Once that time is over,
@@ -12,8 +14,16 @@ class CallTimeout
 {
 public:
     explicit CallTimeout(std::chrono::milliseconds timeout);
+    ~CallTimeout();
+    CallTimeout(const CallTimeout&) = delete;
+    CallTimeout& operator=(const CallTimeout&) = delete;
 
 private:
+    void cancelCalls(std::chrono::milliseconds timeout);
+
     ScopedHandle caller;
-    std::jthread timer; ///< The last member: it has ended when the handle is closed.
+    std::mutex mutex;
+    std::condition_variable ending;
+    bool ended = false;
+    std::thread timer; ///< the last member: it uses the others
 };
