@@ -23,11 +23,16 @@ constexpr int usbErrorInterval = 1000;
 
 const QString settingsFile = QStringLiteral("setting.ini");
 
-/// A list that the wheel only scrolls while it is open: a choice stops the sound for a moment.
+/// A list that the wheel only scrolls while it is open, and never brings the keyboard to: a choice
+/// stops the sound for a moment.
 class ChoiceList : public QComboBox
 {
 public:
-    using QComboBox::QComboBox;
+    explicit ChoiceList(QWidget* parent)
+        : QComboBox(parent)
+    {
+        setFocusPolicy(Qt::StrongFocus);
+    }
 
 protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }

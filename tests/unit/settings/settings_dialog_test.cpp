@@ -388,6 +388,8 @@ void SettingsDialogTest::wheelOverLists()
                 turnWheel(*combo, notch);
         }
         QCOMPARE(combo->currentIndex(), chosen);
+        // What a wheel of the user's, unlike that of a test, would do.
+        QVERIFY((combo->focusPolicy() & Qt::WheelFocus) != Qt::WheelFocus);
     }
     QCOMPARE(fixture.takeTrace(), QStringList());
 
