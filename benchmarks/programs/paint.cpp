@@ -1,5 +1,6 @@
 #include "benchmarks/programs/repeat.h"
 #include "controls/button.h"
+#include "controls/keyboard_policy.h"
 #include "controls/knob.h"
 
 #include <QApplication>
@@ -45,6 +46,8 @@ public:
         auto* layout = new QVBoxLayout(central);
         layout->addWidget(control);
         window.setCentralWidget(central);
+        // As the panel's: the control would have the ring to paint otherwise.
+        KeyboardPolicy::holdWindow(window);
         window.show();
         QCoreApplication::processEvents();
         control->installEventFilter(&counter);

@@ -37,7 +37,7 @@ template <typename Kind> std::unique_ptr<Panel> make()
 constexpr std::array models{Model{"ka1.ini", 1, 9, make<ka1>}, Model{"ka2.ini", 2, 16, make<ka2>},
                             Model{"ks.ini", 15, 5, make<ks>}};
 
-using Values = std::map<std::string, std::string>;
+using Values = Oracle::IniFile;
 
 Values valuesOf(const Panel& panel)
 {
