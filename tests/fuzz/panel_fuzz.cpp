@@ -12,7 +12,6 @@
 #include <QFile>
 
 #include <array>
-#include <map>
 #include <memory>
 
 // The INI file of a model: the first byte chooses the model, the others are the file. The panel
