@@ -16,6 +16,7 @@ namespace {
 int start(std::vector<std::string>& words, LPCSTR folder, pid_t& child)
 {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

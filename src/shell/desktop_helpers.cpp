@@ -20,7 +20,7 @@ constexpr std::intptr_t highestShellError = 32;
 /// system has none.
 QString enterSystemFolder()
 {
-    const QString folder = QString::fromStdWString(systemFolder());
+    QString folder = QString::fromStdWString(systemFolder());
     if (!folder.isEmpty())
         QDir::setCurrent(folder);
     return folder;

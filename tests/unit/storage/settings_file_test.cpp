@@ -232,7 +232,7 @@ void SettingsFileTest::folderThatIsNotThereYet()
     const QString folder = QFileInfo(IniFile::path("test.ini")).path();
     QVERIFY(QDir().mkpath(QFileInfo(folder).path()));
     QVERIFY(QFile(folder).open(QFile::WriteOnly));
-    file().bringBack(this, [this] {});
+    file().bringBack(this, [] {});
     file().store("Dial/B", "5");
     QCOMPARE(log->take(), QStringList{unread});
     QVERIFY(QFile::remove(folder));
