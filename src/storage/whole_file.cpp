@@ -13,7 +13,7 @@ namespace Disk = std::filesystem;
 
 namespace {
 
-constexpr qint64 largest = 64 * 1024; // bytes
+constexpr qint64 largest = 65536; // bytes
 
 bool rename(const QString& from, const QString& to)
 {
