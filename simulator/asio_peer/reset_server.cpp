@@ -1,6 +1,6 @@
 #include "simulator/asio_peer/reset_server.h"
 
-#include "simulator/asio_peer/deadline.h"
+#include "platform/call_timeout.h"
 
 namespace {
 
@@ -19,8 +19,9 @@ DWORD ResetServer::open(DWORD bufferSize)
 
 DWORD ResetServer::receive(std::chrono::milliseconds time, std::vector<unsigned char>& message)
 {
-    const Deadline deadline(time);
-    while (!deadline.isOver()) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    const CallTimeout timeout(time);
+    while (std::chrono::steady_clock::now() < end) {
         const DWORD error = receiveOnce(message);
         DisconnectNamedPipe(pipe.get());
         if (error != ERROR_NO_DATA && error != ERROR_BROKEN_PIPE)

@@ -1,6 +1,6 @@
 #include "simulator/asio_peer/settings_client.h"
 
-#include "simulator/asio_peer/deadline.h"
+#include "platform/call_timeout.h"
 
 #include <chrono>
 
@@ -28,7 +28,7 @@ DWORD SettingsClient::connect()
 
 DWORD SettingsClient::send(const std::vector<char>& message)
 {
-    const Deadline deadline(patience);
+    const CallTimeout timeout(patience);
     DWORD count = 0;
     if (WriteFile(pipe.get(), message.data(), static_cast<DWORD>(message.size()), &count,
                   nullptr) == FALSE)
