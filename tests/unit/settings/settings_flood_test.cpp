@@ -18,70 +18,16 @@
 
 namespace {
 
-constexpr int floodClients = 4;
-const QString playClientsOption = QStringLiteral("--play-clients");
 const QByteArray openMessage = QByteArray(16, '\0') + QByteArray("\1\0\0\0", 4);
 
-/// What a client does once it is connected; each next one something else.
-void visit(PipePeer::Client& client, unsigned way)
-{
-    switch (way % 6) {
-    case 0: // Waits until it has been heard.
-        client.write(openMessage);
-        client.waitForParting();
-        break;
-    case 1: // Writes and vanishes.
-        client.write(openMessage);
-        break;
-    case 2: // Never writes.
-        QThread::msleep(20);
-        break;
-    case 3: // Vanishes at once.
-        break;
-    case 4: // More than is read.
-        client.write(QByteArray(1025, '\1'));
-        break;
-    default: // As many messages as are taken.
-        for (int i = 0; i < 20 && client.write(QByteArray(i, '\1')) == ERROR_SUCCESS; ++i) {
-        }
-        break;
-    }
-}
-
-/// The whole of the process that plays the clients: they come as fast as they can until it is
-/// killed. Prints how many came and how many got in.
-[[noreturn]] void playClients(unsigned seed)
-{
-    std::atomic<int> attempts = 0;
-    std::atomic<int> connections = 0;
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < floodClients; ++i) {
-        threads.emplace_back([&, way = seed + i]() mutable {
-            for (;;) {
-                PipePeer::Client client(PipePeer::settingsPipe);
-                ++attempts;
-                if (client.tryConnect() != ERROR_SUCCESS)
-                    continue;
-                ++connections;
-                visit(client, way++);
-            }
-        });
-    }
-    while (std::printf("%d %d\n", attempts.load(), connections.load()) > 0 &&
-           std::fflush(stdout) == 0)
-        QThread::msleep(50);
-    // Nobody listens any more, and the clients have no end of their own.
-    std::_Exit(0);
-}
-
-/// Those clients, as a process of their own like the real ones.
+/// The clients, as a process of their own like the real ones.
 class Flood
 {
 public:
     Flood()
     {
-        process.start(QCoreApplication::applicationFilePath(),
-                      {playClientsOption, QString::number(Rounds::seed())});
+        process.start(QCoreApplication::applicationDirPath() + "/quorvel-pipe-flood",
+                      {QString::number(Rounds::seed())});
         if (!process.waitForStarted())
             qFatal("cannot start the clients");
     }
@@ -227,13 +173,6 @@ void SettingsFloodTest::endWithHalfOpenClients()
     QVERIFY(isServed());
 }
 
-int main(int argc, char** argv)
-{
-    if (argc == 3 && playClientsOption == QLatin1String(argv[1]))
-        playClients(QByteArray(argv[2]).toUInt());
-    return runTest(argc, argv, []() -> std::unique_ptr<QObject> {
-        return std::make_unique<SettingsFloodTest>();
-    });
-}
+QUORVEL_TEST_MAIN(SettingsFloodTest)
 
 #include "settings_flood_test.moc"

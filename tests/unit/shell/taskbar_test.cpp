@@ -54,11 +54,6 @@ void TaskbarTest::trayIconHearsOfIt()
     QTRY_COMPARE(announcements.count, 1);
 }
 
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "windows");
-    return runTest(argc, argv,
-                   []() -> std::unique_ptr<QObject> { return std::make_unique<TaskbarTest>(); });
-}
+QUORVEL_TEST_MAIN(TaskbarTest)
 
 #include "taskbar_test.moc"

@@ -215,12 +215,6 @@ void WindowMonitorTest::hiddenWhileTheMonitorIsTakenAway()
     connectMonitors();
 }
 
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" QUORVEL_MONITORS);
-    return runTest(argc, argv, []() -> std::unique_ptr<QObject> {
-        return std::make_unique<WindowMonitorTest>();
-    });
-}
+QUORVEL_TEST_MAIN(WindowMonitorTest)
 
 #include "window_monitor_test.moc"
