@@ -47,6 +47,8 @@ make_wine()
     quietly wine winecfg -v win10
     # In its very first session the service manager stays locked: no driver starts.
     stop_wine
+    # Copies share them.
+    find "$WINEPREFIX/drive_c/windows" -name '*.dll' -exec chmod a-w {} +
     wine_recipe >"$making"
     mv "$making" "$WINEPREFIX/quorvel-ready"
 }
@@ -61,9 +63,10 @@ copy_wine()
 {
     rm -rf -- "$2"
     mkdir -p "$2"
-    # Programs' files are never written in place, so both can have the same. The registry is.
-    cp -al -- "$1/drive_c" "$2"
-    cp -a -- "$1/dosdevices" "$1"/*.reg "$1/.update-timestamp" "$1/quorvel-ready" "$2"
+    # The libraries of Windows itself, 600 of its 700 MB, are the same files in both: nothing may
+    # write them. All else is a copy, so that no run reaches another.
+    tar -C "$1" --exclude='./drive_c/windows/*.dll' --create --file=- . | tar -C "$2" --extract --file=-
+    (cd "$1" && find drive_c/windows -name '*.dll' -exec cp --link --parents -t "$2" {} +)
 }
 
 # keep_wine_running: lets the Windows run until stop_wine, or until scripts/contain ends it, so that

@@ -116,7 +116,8 @@ class PrivateWindowsTest(CheckoutTest):
         for name in ("wine", "wineserver"):
             path = os.path.join(self.tools, name)
             with open(path, "w", encoding="utf-8") as file:
-                file.write(f'#!/bin/sh\n[ "$1" != --version ] || echo {version}\n')
+                file.write(f'#!/bin/sh\nif [ "$1" = --version ]; then echo {version}\n'
+                           'else mkdir -p "$WINEPREFIX/drive_c/windows"; fi\n')
             os.chmod(path, 0o755)
 
     def make(self):
@@ -136,6 +137,17 @@ class PrivateWindowsTest(CheckoutTest):
         windows = os.path.join(self.root, "windows")
         os.rename(os.path.join(windows, "quorvel-ready"), os.path.join(windows, "quorvel-making"))
         self.assertIn("Making", self.make().stdout)
+
+    def test_what_a_copy_writes_stays_there(self):
+        names = ("user.reg", "drive_c/users/letter", "drive_c/windows/some.exe",
+                 "drive_c/windows/system32/some.dll")
+        for name in names:
+            self.write("windows/" + name, "first")
+        result = self.run_script('copy_wine "$root/windows" "$root/copy"', "wine")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        for name in names:
+            place, copy = (os.path.join(self.root, folder, name) for folder in ("windows", "copy"))
+            self.assertEqual(os.path.samefile(place, copy), name.endswith(".dll"), name)
 
     def test_a_folder_of_somebody_elses_is_left_alone(self):
         self.write("windows/letter", "dear")
