@@ -46,7 +46,7 @@ build_preset()
     # What was compiled once is not compiled again, in whichever checkout.
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
     export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
-    # Precompiled headers have a time in them; what counts is what is in them.
+    # Without these it does not keep what uses precompiled headers.
     export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
     if [[ ! -f $folder/build.ninja ]] ||
         ! configuration_of "$preset" | cmp --silent - "$folder/configuration.stamp"; then

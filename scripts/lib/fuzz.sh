@@ -3,13 +3,22 @@
 
 fuzz_targets=(message panel dialog knob)
 
+# How many inputs each gets when they are the same each time: as many as half a minute takes.
+declare -A fuzz_runs=([message]=100000 [panel]=1000 [dialog]=20000 [knob]=10000)
+
 # fuzz_target SECONDS NAME: feeds one target from the kept inputs and those that earlier runs have
-# found, for that time. What breaks it is kept in build/fuzz/findings.
+# found, for that time and with a new seed; where no time is told, always the same. What breaks it
+# is kept in build/fuzz/findings.
 fuzz_target()
 {
     local found=$root/build/fuzz/found/$2 log=$root/build/fuzz/$2.log code=0
+    local extent=("-max_total_time=$1" "-seed=$((RANDOM * 32768 + RANDOM + 1))")
+    if [[ -z $1 ]]; then
+        found=$QUORVEL_FOLDER/found-$2
+        extent=("-runs=${fuzz_runs[$2]}" -seed=1)
+    fi
     mkdir -p "$found" "$root/build/fuzz/findings"
-    "$root/build/fuzz/bin/$2_fuzz" "-max_total_time=$1" -timeout=60 -rss_limit_mb=0 \
+    "$root/build/fuzz/bin/$2_fuzz" "${extent[@]}" -timeout=60 -rss_limit_mb=0 \
         "-dict=$root/tests/fuzz/ini.dict" "-artifact_prefix=$root/build/fuzz/findings/$2-" \
         "$found" "$root/tests/fuzz/corpus/$2" >"$log" 2>&1 </dev/null || code=$?
     if ((code != 0)); then
@@ -17,11 +26,11 @@ fuzz_target()
         printf 'Fuzzing %s failed; the input is in build/fuzz/findings\n' "$2"
         return 1
     fi
-    printf '%s: %s, %s\n' "$2" "$(grep '^Done' "$log")" \
+    printf '%s: %s, %s, %s\n' "$2" "$(grep '^Done' "$log")" "$(grep -o 'Seed: [0-9]*' "$log")" \
         "$(sed -n 's/^#[0-9]*[[:space:]]*DONE[[:space:]]*\(cov: [0-9]*\).*/\1/p' "$log")"
 }
 
-# fuzz SECONDS: all targets, as many at a time as there are processors, until one fails.
+# fuzz [SECONDS]: all targets, as many at a time as there are processors, until one fails.
 fuzz()
 {
     local target running=0
@@ -35,7 +44,7 @@ fuzz()
             wait -n || return 1
             running=$((running - 1))
         fi
-        fuzz_target "$1" "$target" &
+        fuzz_target "${1-}" "$target" &
         running=$((running + 1))
     done
     while ((running > 0)); do

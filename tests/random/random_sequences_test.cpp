@@ -7,7 +7,7 @@
 
 #include <cstdio>
 
-// random_sequences_test [--seed N] [--sequences N] [--minutes N] [--length N] [--quick] [FILE...]
+// random_sequences_test [--seed N] [--sequences N] [--seconds N] [--length N] [--quick] [FILE...]
 // Runs the sequences of the files, or made-up ones, and reports where program and oracle part;
 // with --quick it ends at the first such place and does not look for a shorter way there.
 
@@ -18,7 +18,7 @@ struct Options
     std::uint64_t seed = 1;
     int sequences = 200;
     int length = 60;
-    int minutes = 0; ///< when set, as many sequences as fit
+    int seconds = 0; ///< when set, as many sequences as fit
     bool quick = false;
     QStringList files;
 };
@@ -43,8 +43,8 @@ Options parse(const QStringList& arguments)
             options.sequences = static_cast<int>(number);
         else if (name == QLatin1String("--length"))
             options.length = static_cast<int>(number);
-        else if (name == QLatin1String("--minutes"))
-            options.minutes = static_cast<int>(number);
+        else if (name == QLatin1String("--seconds"))
+            options.seconds = static_cast<int>(number);
     }
     return options;
 }
@@ -85,7 +85,7 @@ int runSeeds(const Options& options, Coverage& coverage)
     clock.start();
     int failures = 0;
     for (int i = 0; failures < enoughFailures; ++i) {
-        if (options.minutes > 0 ? clock.elapsed() >= 60'000LL * options.minutes
+        if (options.seconds > 0 ? clock.elapsed() >= 1000LL * options.seconds
                                 : i >= options.sequences)
             break;
         const std::uint64_t seed = options.seed + static_cast<std::uint64_t>(i);

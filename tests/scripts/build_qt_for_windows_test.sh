@@ -41,7 +41,7 @@ in_fake_world()
 run()
 {
     status=0
-    (in_fake_world "$script" "$@") >"$base/printed.log" 2>"$base/said.log" || status=$?
+    (in_fake_world "$script") >"$base/printed.log" 2>"$base/said.log" || status=$?
 }
 
 check()

@@ -17,7 +17,7 @@ MADE = ("build/", "dist/")
 LINK = re.compile(r"\[[^\]]*\]\(([^)\s]+)\)")
 NAMED = re.compile(r"`([^`\n]+)`")
 BLOCK = re.compile(r"^ *```\n(.*?)^ *```$", re.MULTILINE | re.DOTALL)
-STEP = re.compile(r'^    "(?:beside )?(.*)"$', re.MULTILINE)
+STEP = re.compile(r'^    "(.*)"$', re.MULTILINE)
 # Those that ctest or another check runs with what they need around them.
 RUN_ELSEWHERE = {
     "./run MODEL": "scripts/checks/demonstration",
@@ -27,6 +27,7 @@ RUN_ELSEWHERE = {
     "scripts/contain COMMAND": "every command",
     "scripts/with-display COMMAND": "every system test",
     "tests/support/run-whole": "every test",
+    "QUORVEL_TEST_SCALE=1.5 build/debug/bin/window_scale_test": "ctest, as window_scale_test_at_150",
     ".ci/run": "itself",
     "ASAN_OPTIONS=detect_leaks=0 build/fuzz/bin/TARGET_fuzz FILE": "./test --fuzz",
     "scripts/windows/collect-program": "./package",

@@ -191,7 +191,7 @@ bool SystemControls::operate(const QString& act, const std::function<bool()>& ha
         return false;
     Step step{act, {}};
     if (renewing) {
-        if (!waitForWatch(4))
+        if (!waitForWatch(1))
             return false;
         step.lines = outcome();
     } else {
