@@ -3,74 +3,65 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QtEndian>
 
 #include <cmath>
 
 namespace {
 
-const QString panelFile = QStringLiteral("ka1.ini/");
-const QString dialogFile = QStringLiteral("setting.ini/");
-const QString volumeKey = panelFile + QStringLiteral("Dial/HeadphoneValue");
-const QString slowModeKey = dialogFile + QStringLiteral("USB/SlowMode");
+const QString volumeKey = QStringLiteral("ka1.ini/Dial/HeadphoneValue");
+const QString muteKey = QStringLiteral("ka1.ini/Button/HeadphoneMuteIsChecked");
+const QString dimKey = QStringLiteral("ka1.ini/Button/HeadphoneDimIsChecked");
+const QString levelReceived = QStringLiteral("the headphone's level");
+constexpr const char* micKey = "ka1.ini/Dial/MicValue";
+constexpr const char* phoneKey = "ka1.ini/Dial/OtgToHpValue";
+constexpr const char* monitorKey = "ka1.ini/Button/MonitorMicIsChecked";
+constexpr const char* rateKey = "setting.ini/Audio/SampleRate";
+constexpr const char* bufferKey = "setting.ini/Audio/BufferSize";
+constexpr const char* latencyKey = "setting.ini/USB/LatencySize";
+constexpr const char* slowKey = "setting.ini/USB/SlowMode";
 
 constexpr int floorDb = -80;
+constexpr int highestDb = 6;
 constexpr int dimDb = 20;
+
+constexpr int monitorCell = 2048;
+constexpr int phoneCell = 2050;
+constexpr int headphoneCell = 8192;
 
 QString truth(bool on)
 {
     return on ? QStringLiteral("true") : QStringLiteral("false");
 }
 
-int decibels(const QString& gain)
+int decibels(double gain)
 {
-    const double value = gain.toDouble();
-    return value > 0 ? static_cast<int>(std::lround(20 * std::log10(value))) : floorDb;
+    return gain > 0 ? static_cast<int>(std::lround(20 * std::log10(gain))) : floorDb;
 }
 
-/// The rest of the line behind these words; nothing when it begins otherwise.
-std::optional<QString> after(const char* words, const QString& line)
+/// What an interface with these files is told if nobody touches anything.
+StoredStory::Entries withDefaults(const StoredStory::Entries& files)
 {
-    const QString start = QString::fromUtf8(words) + QLatin1Char(' ');
-    return line.startsWith(start) ? std::optional(line.mid(start.size())) : std::nullopt;
+    StoredStory::Entries entries{
+        {micKey, QStringLiteral("0")},
+        {phoneKey, QStringLiteral("0")},
+        {monitorKey, truth(false)},
+        {volumeKey, QString::number(floorDb)},
+        {muteKey, truth(false)},
+        {dimKey, truth(false)},
+        {QStringLiteral("ka1.ini/Button/MicInstrIsChecked"), truth(false)},
+        {QStringLiteral("ka1.ini/Button/Mic20dBIsChecked"), truth(false)},
+        {QStringLiteral("ka1.ini/Button/Mic48VIsChecked"), truth(false)},
+    };
+    entries.insert(files);
+    return entries;
 }
 
-/// "8 Frame" and "\"48000\"" without what is not the value.
-QString bare(QString text)
+QString number(const QByteArray& input)
 {
-    text.remove(QLatin1Char('"'));
-    return text.section(QLatin1Char(' '), 0, 0);
+    return input.size() < 4 ? QStringLiteral("no number")
+                            : QString::number(qFromLittleEndian<quint32>(input.constData()));
 }
-
-bool isOfThePipe(const QString& line)
-{
-    static const QRegularExpression words(QStringLiteral("[Pp]ipe|ASIO|Asio"));
-    return words.match(line).hasMatch();
-}
-
-struct Words
-{
-    const char* words;
-    const char* key;
-};
-
-constexpr Words switched[] = {
-    {"Mic instruction switched for channel 1.", "Button/MicInstrIsChecked"},
-    {"Mic 20dB switched for channel 1.", "Button/Mic20dBIsChecked"},
-    {"Mic 48V switched for channel 1.", "Button/Mic48VIsChecked"},
-};
-
-constexpr Words chosen[] = {
-    {"设置USB延迟大小为：", "USB/LatencySize"},
-    {"设置音频缓冲区大小为：", "Audio/BufferSize"},
-    {"设置音频采样率为：", "Audio/SampleRate"},
-};
-
-constexpr Words saved[] = {
-    {"USB延迟大小设置已保存：", "USB/LatencySize"},
-    {"音频缓冲区大小设置已保存：", "Audio/BufferSize"},
-    {"音频采样率设置已保存：", "Audio/SampleRate"},
-    {"USB慢速模式设置已保存：", "USB/SlowMode"},
-};
 
 } // namespace
 
@@ -101,137 +92,200 @@ std::optional<StoredStory::Entries> StoredStory::read(const QString& fullName)
 }
 
 StoredStory::StoredStory(const Entries& atStart)
-    : settled(atStart)
-    , startingSwitches(atStart)
+    : settled(withDefaults(atStart))
+    , stored(atStart.keyBegin(), atStart.keyEnd())
+    , outputs{outputIn(settled)}
+    , received{{rateKey, QStringLiteral("44100")},
+               {bufferKey, QStringLiteral("192")},
+               {latencyKey, QStringLiteral("24")},
+               {slowKey, QStringLiteral("Disabled")}}
 {
 }
 
-void StoredStory::take(const QString& line)
+int StoredStory::Output::level() const
 {
-    if (isOfThePipe(line))
+    return muted ? floorDb : std::max(floorDb, dimmed ? volume - dimDb : volume);
+}
+
+StoredStory::Output StoredStory::outputIn(const Entries& files)
+{
+    const Entries entries = withDefaults(files);
+    return {entries.value(volumeKey).toInt(), entries.value(muteKey) == truth(true),
+            entries.value(dimKey) == truth(true)};
+}
+
+void StoredStory::take(const TracedRequest& request)
+{
+    takeAsSaved();
+    if (!request.accepted)
         return;
-    settle();
-    if (takePanelLine(line))
-        applying.clear(); // The dialog's sequence is over.
-    else
-        takeDialogLine(line);
-}
-
-bool StoredStory::takePanelLine(const QString& line)
-{
-    if (const auto gain = after("Mic volume set to:", line))
-        announce(panelFile + QStringLiteral("Dial/MicValue"), *gain);
-    else if (const auto phone = after("OTG to HP volume set to:", line))
-        announce(panelFile + QStringLiteral("Dial/OtgToHpValue"),
-                 QString::number(decibels(*phone)));
-    else if (const auto volume = after("Headphone volume set to:", line))
-        takeHeadphone(*volume);
-    else if (const auto direct = after("Monitor Mic set to:", line))
-        announce(panelFile + QStringLiteral("Button/MonitorMicIsChecked"),
-                 truth(*direct == QStringLiteral("1")));
-    else if (const auto mute = after("Headphone Mute Button Clicked: Mute", line)) {
-        muted = *mute == QStringLiteral("ON");
-        outputSwitches.insert(panelFile + QStringLiteral("Button/HeadphoneMuteIsChecked"),
-                              truth(muted));
-    } else if (const auto dim = after("Headphone Dim Button Clicked: Dim", line)) {
-        dimmed = *dim == QStringLiteral("ON");
-        outputSwitches.insert(panelFile + QStringLiteral("Button/HeadphoneDimIsChecked"),
-                              truth(dimmed));
-    } else {
-        for (const Words& row : switched) {
-            if (line == QLatin1String(row.words)) {
-                takeSwitch(panelFile + QLatin1String(row.key));
-                return true;
-            }
-        }
-        return false;
-    }
-    return true;
-}
-
-void StoredStory::takeDialogLine(const QString& line)
-{
-    for (const Words& row : chosen) {
-        if (const auto value = after(row.words, line))
-            applying.insert(dialogFile + QLatin1String(row.key), bare(*value));
-    }
-    for (const Words& row : saved) {
-        if (const auto value = after(row.words, line)) {
-            const QString key = dialogFile + QLatin1String(row.key);
-            settle(key, bare(*value));
-            applying.remove(key);
-            ++changeCount;
-        }
+    switch (request.code) {
+    case 0xFFDC209C:
+        takeCommand(request.input);
+        break;
+    case 0xFFDC2040:
+        takeTable(request.cells);
+        break;
+    case 0xFFDC20A0: // The firmware is read when the panel stands.
+        judgeReplay();
+        break;
+    case 0xFFDC2038:
+        choose(rateKey, number(request.input));
+        break;
+    case 0xFFDC2044:
+        choose(bufferKey, number(request.input));
+        break;
+    case 0xFFDC2050:
+        choose(latencyKey, number(request.input));
+        break;
+    case 0xFFDC2090:
+        choose(slowKey, QStringLiteral("Enabled"));
+        break;
+    case 0xFFDC2094:
+        choose(slowKey, QStringLiteral("Disabled"));
+        break;
+    case 0xFFDC207C: // The engine goes on: what was chosen is saved.
+    case 0xFFDC2080:
+        applyChoice();
+        break;
+    default:
+        break;
     }
 }
 
-void StoredStory::takeHeadphone(const QString& gain)
+void StoredStory::takeCommand(const QByteArray& packet)
 {
-    const int level = decibels(gain);
-    const bool told = !muted && (level > floorDb || !dimmed);
-    announce(volumeKey, told ? QString::number(dimmed ? level + dimDb : level) : QString());
-    for (auto entry = outputSwitches.cbegin(); entry != outputSwitches.cend(); ++entry)
-        announce(entry.key(), entry.value());
-    outputSwitches.clear();
+    switch (packet.at(1)) {
+    case 0x07:
+        announce(micKey, QString::number(qFromLittleEndian<quint16>(packet.constData() + 5) / 2));
+        break;
+    case 0x64:
+        announce("ka1.ini/Button/MicInstrIsChecked", truth(packet.at(3) != 0));
+        break;
+    case 0x5A:
+        announce("ka1.ini/Button/Mic20dBIsChecked", truth(packet.at(3) != 0));
+        break;
+    case 0x5B:
+        announce("ka1.ini/Button/Mic48VIsChecked", truth(packet.at(3) != 0));
+        break;
+    case 0x5E: // A sample rate that is sent again at arrival is not saved.
+        choice.reset();
+        break;
+    default:
+        break;
+    }
 }
 
-/// The first time it is restored; then each click tells twice.
-void StoredStory::takeSwitch(const QString& key)
+void StoredStory::takeTable(const QMap<int, double>& changedCells)
 {
-    const bool atStart = startingSwitches.value(key) == truth(true);
-    const bool turned = (switches[key]++ + 1) / 2 % 2 == 1;
-    announce(key, truth(atStart != turned));
-}
-
-/// An empty value is one that the line does not tell.
-void StoredStory::announce(const QString& key, const QString& value)
-{
-    pending.insert(key, value);
+    table.insert(changedCells);
+    received.insert(monitorKey, truth(table.value(monitorCell) == 1));
+    received.insert(phoneKey, QString::number(decibels(table.value(phoneCell))));
+    const int level = decibels(table.value(headphoneCell));
+    received.insert(levelReceived, QString::number(level));
+    // What a panel sends while it is built is not what its knobs show.
+    if (!replayed)
+        return;
     ++changeCount;
-}
-
-/// A later line proves that what was announced before has been saved.
-void StoredStory::settle()
-{
-    for (auto entry = pending.cbegin(); entry != pending.cend(); ++entry)
-        settle(entry.key(), entry.value());
-    pending.clear();
-}
-
-void StoredStory::settle(const QString& key, const QString& value)
-{
-    settled.insert(key, value);
-    if (value.isEmpty())
-        unknown.insert(key);
+    if (changedCells.contains(monitorCell))
+        pending.insert(monitorKey, received.value(monitorKey));
+    else if (changedCells.contains(phoneCell))
+        pending.insert(phoneKey, received.value(phoneKey));
     else
-        unknown.remove(key);
+        pendingOutputs = outputsWith(level);
 }
 
-bool StoredStory::allows(const QString& key, const QString& value) const
+QList<StoredStory::Output> StoredStory::outputsWith(int level) const
 {
-    if (settled.contains(key) && settled.value(key) == value)
-        return true;
-    if (unknown.contains(key) || (pending.contains(key) && pending.value(key).isEmpty())) {
-        const int number = value.toInt();
-        return number >= floorDb && number <= 6;
+    QList<Output> found;
+    for (const Output& output : outputs) {
+        const int up = std::min(output.volume + 1, highestDb);
+        const int down = std::max(output.volume - 1, floorDb);
+        for (const Output& next : {output, Output{up, output.muted, output.dimmed},
+                                   Output{down, output.muted, output.dimmed},
+                                   Output{output.volume, !output.muted, output.dimmed},
+                                   Output{output.volume, output.muted, !output.dimmed}}) {
+            if (next.level() == level && !found.contains(next))
+                found.append(next);
+        }
     }
-    // Its line comes when it is saved, and none comes before.
-    if (key == slowModeKey)
-        return value == QStringLiteral("Enabled") || value == QStringLiteral("Disabled");
-    return !value.isEmpty() && (pending.value(key) == value || applying.value(key) == value);
+    return found;
+}
+
+void StoredStory::choose(const char* key, const QString& value)
+{
+    choice.emplace(QLatin1String(key), value);
+    received.insert(choice->first, value);
+}
+
+void StoredStory::applyChoice()
+{
+    if (!choice)
+        return;
+    pending.insert(choice->first, choice->second);
+    choice.reset();
+    choiceCount += replayed ? 1 : 0;
+}
+
+void StoredStory::announce(const char* key, const QString& value)
+{
+    pending.insert(QLatin1String(key), value);
+    received.insert(QLatin1String(key), value);
+    changeCount += replayed ? 1 : 0;
+}
+
+void StoredStory::takeAsSaved()
+{
+    for (auto entry = pending.cbegin(); entry != pending.cend(); ++entry) {
+        settled.insert(entry.key(), entry.value());
+        stored.insert(entry.key());
+    }
+    pending.clear();
+    if (!pendingOutputs.isEmpty())
+        outputs = std::exchange(pendingOutputs, {});
+}
+
+void StoredStory::judgeReplay()
+{
+    if (std::exchange(replayed, true))
+        return;
+    Entries expected = settled;
+    for (const QString& key : {volumeKey, muteKey, dimKey})
+        expected.remove(key);
+    expected.insert(levelReceived, QString::number(outputs.first().level()));
+    // What a list shows anyway is no change, and not sent.
+    expected.removeIf([](const auto& entry) {
+        return (entry.key() == QLatin1String(bufferKey) && entry.value() == u"48") ||
+               (entry.key() == QLatin1String(latencyKey) && entry.value() == u"8");
+    });
+    for (auto entry = expected.cbegin(); entry != expected.cend(); ++entry) {
+        if (received.value(entry.key()) != entry.value())
+            replayFlaw = QStringLiteral("%1 is %2, received was %3")
+                             .arg(entry.key(), entry.value(), received.value(entry.key()));
+    }
+    // All that came back is stored again, the defaults for what was missing as well.
+    stored.unite(QSet<QString>(settled.keyBegin(), settled.keyEnd()));
 }
 
 QString StoredStory::flawOf(const Entries& files) const
 {
+    const Output output = outputIn(files);
+    if (!outputs.contains(output) && !pendingOutputs.contains(output))
+        return QStringLiteral("volume %1, mute %2, dim %3 do not lead to the level that was sent")
+            .arg(output.volume)
+            .arg(output.muted)
+            .arg(output.dimmed);
     for (auto entry = files.cbegin(); entry != files.cend(); ++entry) {
-        if (!allows(entry.key(), entry.value()))
-            return QStringLiteral("%1 is %2, but was %3, then %4%5")
-                .arg(entry.key(), entry.value(), settled.value(entry.key()),
-                     pending.value(entry.key()), applying.value(entry.key()));
+        const QString& key = entry.key();
+        if (key == volumeKey || key == muteKey || key == dimKey)
+            continue;
+        if (entry.value() != settled.value(key) && entry.value() != pending.value(key))
+            return QStringLiteral("%1 is %2, but was %3, then %4")
+                .arg(key, entry.value(), settled.value(key), pending.value(key));
     }
-    for (auto entry = settled.cbegin(); entry != settled.cend(); ++entry) {
-        if (!files.contains(entry.key()))
-            return entry.key() + QStringLiteral(" is lost");
+    for (const QString& key : stored) {
+        if (!files.contains(key))
+            return key + QStringLiteral(" is lost");
     }
     return {};
 }
@@ -240,7 +294,7 @@ int StoredStory::lastMomentSaves(const Entries& files) const
 {
     int count = 0;
     for (auto entry = pending.cbegin(); entry != pending.cend(); ++entry) {
-        if (!entry.value().isEmpty() && settled.value(entry.key()) != entry.value() &&
+        if (settled.value(entry.key()) != entry.value() &&
             files.value(entry.key()) == entry.value())
             ++count;
     }

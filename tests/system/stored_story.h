@@ -1,13 +1,16 @@
 #pragma once
 
+#include "system/desktop/simulator_tool.h"
+
 #include <QMap>
 #include <QSet>
 #include <QString>
 
 #include <optional>
 
-/// What the files of a program that serves a KA1 must hold, told by its debug lines: on the thread
-/// that changes a value, its line and its saving follow each other. One story for each run.
+/// What the files of a program that serves a KA1 must hold, told by what the interface has
+/// received: the one thread that asks saves what came of a request before it asks again. One story
+/// for each run, from a fresh interface on.
 class StoredStory
 {
 public:
@@ -20,36 +23,58 @@ public:
 
     explicit StoredStory(const Entries& atStart);
 
-    /// The program's next debug line.
-    void take(const QString& line);
+    /// The next request that the interface has received.
+    void take(const TracedRequest& request);
+    /// The program has ended in order, and so has saved all.
+    void endInOrder() { takeAsSaved(); }
 
-    /// How many changes the lines have told of.
+    /// How many changes the interface was told of after it got what was stored.
     int changes() const { return changeCount; }
+    /// How many of them are choices in the dialog.
+    int choices() const { return choiceCount; }
 
-    /// The first entry that differs from what the lines tell, in words; empty when there is none.
+    /// What of the stored values the interface did not get when it arrived, in words; empty when
+    /// it got all, or nothing yet that follows them.
+    QString flawOfReplay() const { return replayFlaw; }
+    /// The first entry that differs from what the interface was told, in words; empty when there
+    /// is none.
     QString flawOf(const Entries& files) const;
 
-    /// How many entries hold the change that had its line, but whose saving no later line proves.
+    /// How many entries hold the change whose saving no later request proves.
     int lastMomentSaves(const Entries& files) const;
 
 private:
-    bool takePanelLine(const QString& line);
-    void takeDialogLine(const QString& line);
-    void takeHeadphone(const QString& gain);
-    void takeSwitch(const QString& key);
-    void announce(const QString& key, const QString& value);
-    void settle();
-    void settle(const QString& key, const QString& value);
-    bool allows(const QString& key, const QString& value) const;
+    /// The headphone as the files hold it. Of these only the level reaches the interface.
+    struct Output
+    {
+        int volume; ///< dB
+        bool muted;
+        bool dimmed;
+        bool operator==(const Output&) const = default;
+        int level() const;
+    };
 
-    Entries settled;       ///< saved for sure
-    Entries pending;       ///< a panel's changes: announced, being saved
-    Entries applying;      ///< the dialog's choices: announced, saved in a moment or not at all
-    QSet<QString> unknown; ///< saved, with a value that the lines do not tell
-    QMap<QString, int> switches; ///< how often a switch has told of itself
-    Entries startingSwitches;
-    Entries outputSwitches; ///< MUTE and DIM, saved after the volume that they change
-    bool muted = false;
-    bool dimmed = false;
+    static Output outputIn(const Entries& files);
+    void takeCommand(const QByteArray& packet);
+    void takeTable(const QMap<int, double>& changedCells);
+    void choose(const char* key, const QString& value);
+    void applyChoice();
+    void announce(const char* key, const QString& value);
+    void takeAsSaved();
+    void judgeReplay();
+    /// What one turn or click may have made of the headphone for it to have this level.
+    QList<Output> outputsWith(int level) const;
+
+    Entries settled; ///< saved, or a default that may be
+    Entries pending; ///< of the last request, being saved
+    QSet<QString> stored;
+    QList<Output> outputs; ///< one of these is saved
+    QList<Output> pendingOutputs;
+    QMap<int, double> table;
+    Entries received; ///< by the interface, which starts with its own choices
+    std::optional<std::pair<QString, QString>> choice; ///< set, but the engine not yet restarted
+    bool replayed = false;
+    QString replayFlaw;
     int changeCount = 0;
+    int choiceCount = 0;
 };

@@ -1,6 +1,5 @@
 #include "support/rounds.h"
 #include "support/test_main.h"
-#include "system/desktop/line_follower.h"
 #include "system/desktop/picture_search.h"
 #include "system/desktop/system_test.h"
 #include "system/desktop/target.h"
@@ -8,11 +7,8 @@
 #include "system/stored_story.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 
-#include <algorithm>
-#include <cmath>
 #include <functional>
 #include <random>
 
@@ -25,27 +21,16 @@ const QString dialogIni = QStringLiteral("setting.ini");
 const QString shown = QStringLiteral("Device found with PID: 1");
 const QString unsaved = QStringLiteral("Cannot save the settings yet:");
 
-/// In this many rounds the program is asked to end instead, for comparison.
+/// In this many rounds the program is asked to end instead.
 constexpr int askedOnce = 5;
 /// And in this many it is killed while it starts.
 constexpr int earlyOnce = 3;
 
-qint64 median(QList<qint64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.value(values.size() / 2);
-}
-
-double gainOf(const QString& decibels)
-{
-    return decibels.toInt() <= -80 ? 0 : std::pow(10, decibels.toInt() / 20.0);
-}
-
 } // namespace
 
-/// The program is killed at random moments while many hands change everything at once. What it
-/// told has been saved, and the next start finds it, as fast as ever. Of what it was saving no more
-/// is left than a half-written file, which the next save overwrites.
+/// The program is killed at random moments while many hands change everything at once. What the
+/// interface got has been saved, and gets there again with the next start. Of what was being saved
+/// no more is left than a half-written file, which the next save overwrites.
 class SystemKill : public SystemTest
 {
     Q_OBJECT
@@ -62,10 +47,6 @@ private:
     void playRound(int round);
     /// Kills it while it starts.
     void cutStartShort();
-    /// Waits until the interface is served and notes how long that took.
-    bool awaitReplay();
-    /// What is stored, in words, when the interface did not get it.
-    QString flawOfReplay();
     bool openWindows();
     /// The window with this title, opened and moved there.
     std::optional<DesktopWindow> placed(const QString& title, QPoint place,
@@ -74,7 +55,9 @@ private:
     QStringList storm();
     bool endInStorm(Ending way);
     bool endsInOrder();
-    /// Reads the files and holds them against the lines.
+    /// Takes up what the interface has received from the program, which has ended.
+    bool listen();
+    /// Reads the files and holds them against that.
     QString flawOfFiles();
     /// What lies beside the settings files; half-written ones among them are counted.
     QStringList leavings();
@@ -85,89 +68,19 @@ private:
     std::mt19937 random{Rounds::seed()};
     StoredStory::Entries files; ///< As the round before has left them.
     std::unique_ptr<ChildProgram> program;
-    std::unique_ptr<LineFollower> lines;
     std::unique_ptr<StoredStory> story;
-    QElapsedTimer clock;
-    Ending lastEnding = Ending::asked;
     QList<QPoint> knobs;
     QList<QRect> buttons;
     QRect panelArea;
     QRect dialogArea;
 
-    QList<qint64> startsAfterKill;
-    QList<qint64> startsAfterEnd;
     int stormKills = 0;
     int earlyKills = 0;
     int changes = 0;
+    int choices = 0;
     int lastMomentSaves = 0;
     qsizetype halvesLeft = 0;
 };
-
-bool SystemKill::awaitReplay()
-{
-    // Longer than it may take, so that the report tells how long it took.
-    const bool came = waitUntil(
-        [&] {
-            const QStringList arrived = lines->take();
-            for (const QString& line : arrived)
-                story->take(line);
-            return arrived.contains(shown);
-        },
-        2 * patience);
-    if (!came)
-        qWarning("the interface is not served\n%s",
-                 qPrintable(program->debugLines().join(QLatin1Char('\n'))));
-    (lastEnding == Ending::killed ? startsAfterKill : startsAfterEnd).append(clock.elapsed());
-    return came;
-}
-
-QString SystemKill::flawOfReplay()
-{
-    const auto table = simulator().mixer();
-    const auto commands = simulator().lastCommands();
-    const auto state = simulator().state();
-    if (!table || !commands || !state)
-        return QStringLiteral("the simulator does not answer");
-    const auto stored = [&](const char* key, const char* missing) {
-        return files.value(QStringLiteral("ka1.ini/") + QLatin1String(key), QLatin1String(missing));
-    };
-    const auto on = [&](const char* key) { return stored(key, "false") == u"true"; };
-    const auto hasGain = [&](int cell, double gain) {
-        return std::abs(table->value(cell) - gain) <= gain * 1e-4;
-    };
-    const auto hasSwitch = [&](const char* opcode, const char* key) {
-        const QString record = QStringLiteral("01") + QLatin1String(opcode) +
-                               (on(key) ? QStringLiteral("0001") : QStringLiteral("0000"));
-        return commands->contains(record + QStringLiteral("010000"));
-    };
-    const int gain = stored("Dial/MicValue", "0").toInt() * 2;
-    const QString level = stored("Dial/HeadphoneValue", "-80");
-    const int dim = on("Button/HeadphoneDimIsChecked") ? 20 : 0;
-    const double volume =
-        on("Button/HeadphoneMuteIsChecked") ? 0 : gainOf(QString::number(level.toInt() - dim));
-
-    QStringList flaws;
-    if (!commands->contains(QStringLiteral("0107000201%1%2")
-                                .arg(gain % 256, 2, 16, QLatin1Char('0'))
-                                .arg(gain / 256, 2, 16, QLatin1Char('0'))))
-        flaws.append(QStringLiteral("gain"));
-    if (!hasSwitch("64", "Button/MicInstrIsChecked") ||
-        !hasSwitch("5a", "Button/Mic20dBIsChecked") || !hasSwitch("5b", "Button/Mic48VIsChecked"))
-        flaws.append(QStringLiteral("switches"));
-    if (!hasGain(2048, on("Button/MonitorMicIsChecked") ? 1 : 0))
-        flaws.append(QStringLiteral("monitor"));
-    if (!hasGain(2050, gainOf(stored("Dial/OtgToHpValue", "0"))))
-        flaws.append(QStringLiteral("phone"));
-    if (!hasGain(8192, volume))
-        flaws.append(QStringLiteral("volume"));
-    if (state->value(QStringLiteral("sample rate")) !=
-        files.value(QStringLiteral("setting.ini/Audio/SampleRate"), QStringLiteral("44100")) +
-            QStringLiteral(" Hz"))
-        flaws.append(QStringLiteral("sample rate"));
-    if (flaws.isEmpty())
-        return {};
-    return flaws.join(QLatin1Char(' ')) + QLatin1Char('\n') + commands->join(QLatin1Char('\n'));
-}
 
 bool SystemKill::findControls(const DesktopWindow& window)
 {
@@ -233,31 +146,32 @@ bool SystemKill::openWindows()
     return findControls(*panelWindow);
 }
 
-/// Words for one call of xdotool: the wheel over knobs and lists, clicks on buttons.
+/// Words for one call of xdotool: the wheel over knobs, clicks on buttons, keys for the lists.
 QStringList SystemKill::storm()
 {
     QStringList words;
-    for (int i = 0; i < 120; ++i) {
-        const int way = below(100);
-        QPoint place;
-        int button = below(3) == 0 ? 5 : 4;
-        int times = 1 + below(8);
-        if (way < 55) {
-            place = panelArea.topLeft() + knobs.at(below(static_cast<int>(knobs.size())));
-        } else if (way < 85) {
-            place =
-                panelArea.topLeft() + buttons.at(below(static_cast<int>(buttons.size()))).center();
-            button = 1;
-            times = 1 + below(2);
-        } else {
-            place = QPoint(dialogArea.center().x(),
-                           dialogArea.top() + dialogArea.height() * (15 + below(60)) / 100);
-            times = 1 + below(2);
-        }
+    const auto click = [&](QPoint place, int button, int times) {
         words << QStringLiteral("mousemove") << QString::number(place.x())
               << QString::number(place.y()) << QStringLiteral("click") << QStringLiteral("--repeat")
               << QString::number(times) << QStringLiteral("--delay") << QString::number(below(8))
               << QString::number(button);
+    };
+    for (int i = 0; i < 120; ++i) {
+        const int way = below(100);
+        if (way < 55) {
+            click(panelArea.topLeft() + knobs.at(below(static_cast<int>(knobs.size()))),
+                  below(3) == 0 ? 5 : 4, 1 + below(8));
+        } else if (way < 85) {
+            click(panelArea.topLeft() +
+                      buttons.at(below(static_cast<int>(buttons.size()))).center(),
+                  1, 1 + below(2));
+        } else {
+            // The heading takes the click, the next list the keys.
+            click(QPoint(dialogArea.center().x(), dialogArea.top() + 20), 1, 1);
+            words << QStringLiteral("sleep") << QStringLiteral("0.05") << QStringLiteral("key")
+                  << QStringLiteral("Tab") << QStringLiteral("key")
+                  << (below(2) == 0 ? QStringLiteral("Up") : QStringLiteral("Down"));
+        }
     }
     return words;
 }
@@ -315,10 +229,25 @@ QStringList SystemKill::leavings()
     return names;
 }
 
+bool SystemKill::listen()
+{
+    // It has closed its connections behind the last of its requests.
+    if (handles(0) != 0)
+        return false;
+    const auto received = simulator().requests();
+    const auto state = simulator().state();
+    // No more than the interface keeps.
+    if (!received || !state ||
+        state->value(QStringLiteral("requests")) != QString::number(received->size()))
+        return false;
+    for (const TracedRequest& request : *received)
+        story->take(request);
+    return true;
+}
+
 QString SystemKill::flawOfFiles()
 {
-    for (const QString& line : lines->take()) {
-        story->take(line);
+    for (const QString& line : program->debugLines()) {
         if (line.startsWith(unsaved))
             return line;
     }
@@ -330,6 +259,7 @@ QString SystemKill::flawOfFiles()
         files.insert(*entries);
     }
     changes += story->changes();
+    choices += story->choices();
     lastMomentSaves += story->lastMomentSaves(files);
     return story->flawOf(files);
 }
@@ -340,42 +270,30 @@ void SystemKill::playRound(int round)
     QVERIFY(simulator().reset());
     QVERIFY(simulator().plug(QStringLiteral("ka1")));
     story = std::make_unique<StoredStory>(files);
-    clock.start();
     program = session().startCopy();
-    lines = std::make_unique<LineFollower>(program->debugFile());
-    Ending ending = Ending::killed;
+    const Ending ending = round % askedOnce == askedOnce - 1 ? Ending::asked : Ending::killed;
     if (round % earlyOnce == earlyOnce - 1) {
         cutStartShort();
     } else {
-        QVERIFY(awaitReplay());
-        QCOMPARE(flawOfReplay(), QString());
+        QVERIFY(program->waitForLine(shown));
         QVERIFY(openWindows());
-        if (round % askedOnce == askedOnce - 1)
-            ending = Ending::asked;
         QVERIFY(endInStorm(ending));
     }
     const QString left = leavings().join(QLatin1Char(' '));
     QVERIFY2(left.isEmpty(), qPrintable(left));
-    const QString flaw = flawOfFiles();
-    QVERIFY2(flaw.isEmpty(),
-             qPrintable(flaw + QLatin1Char('\n') + program->debugLines().join(QLatin1Char('\n'))));
-    lastEnding = ending;
+    QVERIFY(listen());
+    if (ending == Ending::asked)
+        story->endInOrder();
+    QCOMPARE(story->flawOfReplay(), QString());
+    QCOMPARE(flawOfFiles(), QString());
     QFile::remove(program->debugFile());
 }
 
 void SystemKill::report() const
 {
-    qInfo("%d kills in the storm, %d during the start; %d changes told, %d of them saved in the "
-          "last moment",
-          stormKills, earlyKills, changes, lastMomentSaves);
-    qInfo("found after a round: %lld half-written files", halvesLeft);
-    const auto longest = [](const QList<qint64>& times) {
-        return times.isEmpty() ? 0 : *std::max_element(times.begin(), times.end());
-    };
-    qInfo("start until all is replayed: %lld ms in the middle, %lld at most after %lld kills; "
-          "%lld, %lld after %lld ends",
-          median(startsAfterKill), longest(startsAfterKill), startsAfterKill.size(),
-          median(startsAfterEnd), longest(startsAfterEnd), startsAfterEnd.size());
+    qInfo("%d kills in the storm, %d during the start; %d changes received, %d choices, %d saved "
+          "in the last moment; %lld half-written files found",
+          stormKills, earlyKills, changes, choices, lastMomentSaves, halvesLeft);
 }
 
 void SystemKill::killedAtAnyMoment()
@@ -385,21 +303,16 @@ void SystemKill::killedAtAnyMoment()
     for (int round = 0; round < rounds; ++round) {
         playRound(round);
         if (QTest::currentTestFailed()) {
-            qWarning("round %d", round);
+            qWarning("round %d\n%s", round, qPrintable(program->debugLines().join(u'\n')));
+            qWarning("%s",
+                     qPrintable(simulator().traceLines().value_or(QStringList()).join(u'\n')));
             break;
         }
         if (round % 100 == 99)
             report();
     }
     report();
-    if (QTest::currentTestFailed())
-        return;
-    QVERIFY(changes > 0);
-    // Other programs' load is in both.
-    const qint64 usual = median(startsAfterEnd);
-    QVERIFY2(median(startsAfterKill) <= usual * 3 / 2 + 100, qPrintable(QString::number(usual)));
-    for (const qint64 start : startsAfterKill)
-        QVERIFY2(start <= 2 * usual + 8000, qPrintable(QString::number(start)));
+    QVERIFY(QTest::currentTestFailed() || changes > 0);
 }
 
 QUORVEL_TEST_MAIN(SystemKill)

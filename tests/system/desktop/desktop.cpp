@@ -27,11 +27,11 @@ QStringList moveTo(QPoint place)
 }
 
 /// The numbers of the visible windows; nothing when the display could not be asked.
-std::optional<QStringList> windowIds(const QString& titlePattern)
+std::optional<QStringList> windowIds(const QString& property, const QString& pattern)
 {
-    const auto answer = askTool(QStringLiteral("xdotool"),
-                                {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                 QStringLiteral("--name"), titlePattern});
+    const auto answer =
+        askTool(QStringLiteral("xdotool"),
+                {QStringLiteral("search"), QStringLiteral("--onlyvisible"), property, pattern});
     if (!answer)
         return std::nullopt;
     // "None" and "cannot tell" share an exit code, but only the second has something to say.
@@ -89,11 +89,16 @@ std::optional<QList<DesktopWindow>> Desktop::windows(const QString& titlePattern
     // A window that goes while it is looked at disturbs one look, not three.
     constexpr int looks = 3;
     for (int i = 0; i < looks; ++i) {
-        const auto ids = windowIds(titlePattern);
+        const auto ids = windowIds(QStringLiteral("--name"), titlePattern);
         if (const auto found = ids ? withAreas(*ids) : std::nullopt)
             return found;
     }
     return std::nullopt;
+}
+
+std::optional<QStringList> Desktop::panelWindows()
+{
+    return windowIds(QStringLiteral("--class"), QStringLiteral("QuorvelDriver"));
 }
 
 std::optional<DesktopWindow> Desktop::window(const QString& titlePattern)
@@ -224,6 +229,13 @@ bool Desktop::activate(const DesktopWindow& window)
 bool Desktop::minimise(const DesktopWindow& window)
 {
     return xdotool({QStringLiteral("windowminimize"), window.id});
+}
+
+bool Desktop::isMinimised(const DesktopWindow& window)
+{
+    const auto state = runTool(QStringLiteral("xprop"),
+                               {QStringLiteral("-id"), window.id, QStringLiteral("WM_STATE")});
+    return state && state->contains(QStringLiteral("Iconic"));
 }
 
 QImage Desktop::picture(QRect area)

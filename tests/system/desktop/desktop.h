@@ -5,6 +5,7 @@
 #include <QPoint>
 #include <QRect>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -17,7 +18,7 @@ struct DesktopWindow
 };
 
 /// Hands and eyes of a user: real mouse and keyboard input on the X display that DISPLAY names,
-/// and pictures of it. Needs the commands xdotool and xwininfo and a QGuiApplication on that
+/// and pictures of it. Needs the commands xdotool, xprop and xwininfo and a QGuiApplication on that
 /// display. The functions that act return false when the command for it failed.
 class Desktop
 {
@@ -27,6 +28,10 @@ public:
     /// Visible windows whose title matches the (extended, case-insensitive) regular expression;
     /// nothing when the display could not be asked.
     static std::optional<QList<DesktopWindow>> windows(const QString& titlePattern);
+
+    /// The numbers of all visible windows of the panel, whatever their titles: menus, boxes and
+    /// open lists as well; nothing when the display could not be asked.
+    static std::optional<QStringList> panelWindows();
 
     /// The first such window; nothing when there is none or the display could not be asked.
     static std::optional<DesktopWindow> window(const QString& titlePattern);
@@ -70,6 +75,7 @@ public:
     /// Puts the window in front and gives it the keyboard.
     static bool activate(const DesktopWindow& window);
     static bool minimise(const DesktopWindow& window);
+    static bool isMinimised(const DesktopWindow& window);
 
     /// What is on the screen.
     static QImage picture(QRect area);

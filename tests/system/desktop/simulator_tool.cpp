@@ -9,19 +9,26 @@ namespace {
 
 constexpr quint32 commandCode = 0xFFDC209C;
 
-/// A line as the tool prints it: "h1 FFDC209C in=01 07 00 out=0", refused ones end in " error=N".
+/// Lines as the tool prints them: "h1 FFDC209C in=01 07 00 out=0" and "h1 FFDC2040 table 2048=1",
+/// refused ones end in " error=N".
 std::optional<TracedRequest> parsed(const QString& line)
 {
     static const QRegularExpression form(
-        QStringLiteral("^h\\d+ ([0-9A-F]{8}) (?:in=((?:[0-9A-F]{2} ?)*))?"));
+        QStringLiteral("^h\\d+ ([0-9A-F]{8}) (?:in=((?:[0-9A-F]{2} ?)*)|table((?: \\d+=\\S+)*)"
+                       "(?: error=\\d+)?$)"));
     const QRegularExpressionMatch match = form.match(line);
     if (!match.hasMatch()) {
         qWarning("not a request: %s", qPrintable(line));
         return std::nullopt;
     }
-    return TracedRequest{match.captured(1).toUInt(nullptr, 16),
-                         QByteArray::fromHex(match.captured(2).toLatin1()),
-                         !line.contains(QStringLiteral(" error="))};
+    TracedRequest request{match.captured(1).toUInt(nullptr, 16),
+                          QByteArray::fromHex(match.captured(2).toLatin1()),
+                          {},
+                          !line.contains(QStringLiteral(" error="))};
+    for (const QString& cell : match.captured(3).split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        request.cells.insert(cell.section(QLatin1Char('='), 0, 0).toInt(),
+                             cell.section(QLatin1Char('='), 1).toDouble());
+    return request;
 }
 
 } // namespace
@@ -159,12 +166,13 @@ std::optional<QStringList> SimulatorTool::lines(const QStringList& arguments) co
 std::optional<QString> SimulatorTool::run(const QStringList& arguments) const
 {
     const QStringList command = Target::tool(QStringLiteral("quorvel-simctl")) + arguments;
-    const auto ask = [&] { return askTool(command.first(), command.mid(1), variables); };
-    auto answer = ask();
-    // The tool says why it fails. Wine now and then ends one with 1 that it has not started.
-    if (answer && answer->exitCode == 1 && answer->errors.isEmpty() && answer->output.isEmpty()) {
+    std::optional<ToolAnswer> answer;
+    for (int i = 0; i < Target::tries(); ++i) {
+        answer = askTool(command.first(), command.mid(1), variables);
+        // It says why it fails; one that was not started says nothing.
+        if (!answer || answer->exitCode != 1 || !answer->errors.isEmpty())
+            break;
         qWarning("%s did not start", qPrintable(command.join(QLatin1Char(' '))));
-        answer = ask();
     }
     return toolOutput(command.first(), command.mid(1), answer);
 }

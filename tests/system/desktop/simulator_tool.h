@@ -12,7 +12,8 @@
 struct TracedRequest
 {
     quint32 code = 0;
-    QByteArray input; ///< its first 40 bytes
+    QByteArray input;        ///< its first 40 bytes, none of a mixer table
+    QMap<int, double> cells; ///< of a mixer table, those that it changed, to six digits
     bool accepted = false;
 };
 

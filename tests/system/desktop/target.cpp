@@ -9,6 +9,11 @@ bool Target::isWindows()
     return qEnvironmentVariableIsSet("QUORVEL_LAUNCHER");
 }
 
+int Target::tries()
+{
+    return isWindows() ? 3 : 1;
+}
+
 QString Target::program()
 {
     return qEnvironmentVariable("QUORVEL_PROGRAM",

@@ -15,6 +15,10 @@ namespace Target {
 
 bool isWindows();
 
+/// How often to try what a user would do once. Under Wine a busy machine takes keys and menus away
+/// unseen, and now and then does not start a program; natively nothing does.
+int tries();
+
 /// The panel's file.
 QString program();
 

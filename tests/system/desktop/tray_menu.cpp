@@ -1,13 +1,17 @@
 #include "system/desktop/tray_menu.h"
 
 #include "system/desktop/desktop.h"
+#include "system/desktop/target.h"
 #include "system/desktop/wait_until.h"
 
 namespace {
 
-/// A window that comes up late takes a menu away; a user opens it once more.
-constexpr int tries = 3;
-constexpr auto patienceWithOne = std::chrono::seconds(15);
+/// For a single one of several tries.
+std::chrono::milliseconds patienceWithOne()
+{
+    return Target::isWindows() ? std::chrono::seconds(15) : patience;
+}
+
 /// Of the picture above the icon. The menu hides more of it, and the icon's tool tip, which comes
 /// and goes as it likes, less.
 constexpr double shareOfMenu = 0.35;
@@ -34,7 +38,7 @@ bool TrayMenu::open()
         return false;
     icon = *area;
     closedPicture = pictureAbove();
-    for (int i = 0; i < tries; ++i) {
+    for (int i = 0; i < Target::tries(); ++i) {
         if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
             return false;
         if (waitUntilOpen())
@@ -51,7 +55,7 @@ bool TrayMenu::waitUntilOpen() const
             QThread::msleep(150);
             return shows(now) && now == pictureAbove();
         },
-        patienceWithOne);
+        patienceWithOne());
 }
 
 bool TrayMenu::choose(TrayEntry entry)
@@ -86,7 +90,7 @@ bool TrayMenu::waitUntilClosed() const
 
 bool chooseFromTrayMenu(TrayEntry entry)
 {
-    for (int i = 0; i < tries; ++i) {
+    for (int i = 0; i < Target::tries(); ++i) {
         TrayMenu menu;
         if (!menu.open())
             return false;

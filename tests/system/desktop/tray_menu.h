@@ -19,8 +19,8 @@ class TrayMenu
 {
 public:
     /// Opens the menu with a right click on the icon and waits until it stands still. A window
-    /// that gets the keyboard takes the menu away, so wait for the window first; one that is late
-    /// all the same costs another click.
+    /// that gets the keyboard takes the menu away, so wait for the window first; under Wine, where
+    /// nothing tells that it has got it, another click is tried.
     bool open();
 
     /// Where the icon is; valid once opened.
