@@ -19,8 +19,8 @@ protected:
     bool reachState();
     /// Whether it is in that state now.
     bool stateHolds();
-    /// Ends what holds it up there from outside, once it has been asked to end.
-    void release();
+    /// Natively ends what holds it up there, once it has been asked to end.
+    bool release();
 
     /// The panel has ended as after "Quit": exit code 0, everything torn down in order. Otherwise
     /// what is wrong.
@@ -39,7 +39,6 @@ protected:
 private:
     bool start();
     bool startWithKa1();
-    bool neverShow();
     bool hideWindowAgain();
     bool minimiseWindow();
     bool showWindow();

@@ -9,15 +9,32 @@
 #include <QRegularExpression>
 #include <QScreen>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
 /// Two clicks that are this far apart stay two clicks, in milliseconds.
-constexpr unsigned long doubleClickInterval = 500;
+constexpr qint64 doubleClickInterval = 500;
+
+/// Since the last click that this program has made.
+QElapsedTimer& sinceClick()
+{
+    static QElapsedTimer clock;
+    return clock;
+}
+
+void waitForSingleClick()
+{
+    if (sinceClick().isValid())
+        QThread::msleep(static_cast<unsigned long>(
+            std::max<qint64>(0, doubleClickInterval - sinceClick().elapsed())));
+}
 
 bool xdotool(const QStringList& arguments)
 {
+    if (arguments.contains(QStringLiteral("click")))
+        sinceClick().start();
     return runTool(QStringLiteral("xdotool"), arguments).has_value();
 }
 
@@ -167,7 +184,7 @@ bool Desktop::restartNotificationArea()
 
 bool Desktop::click(QPoint place, MouseButton button)
 {
-    QThread::msleep(doubleClickInterval);
+    waitForSingleClick();
     return xdotool(moveTo(place) << QStringLiteral("click")
                                  << QString::number(static_cast<int>(button)));
 }
@@ -179,7 +196,7 @@ bool Desktop::clickAgain(QPoint place)
 
 bool Desktop::controlClick(QPoint place)
 {
-    QThread::msleep(doubleClickInterval);
+    waitForSingleClick();
     return xdotool(QStringList{QStringLiteral("keydown"), QStringLiteral("ctrl")}
                    << moveTo(place) << QStringLiteral("click") << QStringLiteral("1")
                    << QStringLiteral("keyup") << QStringLiteral("ctrl"));

@@ -57,7 +57,8 @@ public:
     /// display starts it anew.
     static bool restartNotificationArea();
 
-    /// Waits half a second first, so that two clicks never become a double click.
+    /// Comes at least half a second after the last one, so that two clicks never become a double
+    /// click.
     static bool click(QPoint place, MouseButton button = MouseButton::Left);
     /// Clicks at once. This is the second click of a double click when the first was not longer
     /// ago than the program takes for one.
