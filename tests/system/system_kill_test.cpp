@@ -64,7 +64,7 @@ private:
     void report() const;
     int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
 
-    const int rounds = Rounds::number(10);
+    const int rounds = Rounds::number(7);
     std::mt19937 random{Rounds::seed()};
     StoredStory::Entries files; ///< As the round before has left them.
     std::unique_ptr<ChildProgram> program;

@@ -3,6 +3,7 @@
 #include "system/desktop/desktop.h"
 #include "system/desktop/target.h"
 #include "system/desktop/wait_until.h"
+#include "system/stored_story.h"
 
 #include <QGuiApplication>
 #include <QRegularExpression>
@@ -45,8 +46,8 @@ constexpr int mostTimesWakeUpsOfWine = 5;
 
 } // namespace
 
-Soak::Soak(std::chrono::minutes minutes, unsigned seed)
-    : length(minutes)
+Soak::Soak(std::chrono::seconds seconds, unsigned seed)
+    : length(seconds)
     , random(seed)
     , user(random)
     , surroundings(session, random, figures)
@@ -111,11 +112,35 @@ bool Soak::awaitRemoval()
 bool Soak::rest()
 {
     if (!surroundings.calmDown() || !user.closeEverything() || !awaitRemoval() ||
-        !surroundings.plugIn() || !awaitLine(initialised))
+        !returnsWithWhatIsStored())
         return false;
-    // The first time it is waited for what the toolkit gives back later.
-    QThread::msleep(first ? 2500 : 35000);
+    // The first time it is waited for what the toolkit gives back later, if there is to be a
+    // second.
+    if (first)
+        QThread::msleep(2500);
+    else if (length > restInterval)
+        QThread::msleep(35000);
     return true;
+}
+
+bool Soak::returnsWithWhatIsStored()
+{
+    const QString file = session.folder().settingsFile(QStringLiteral("ka1.ini"));
+    const auto before = StoredStory::read(file);
+    if (!before || !session.simulator().clearTrace() || !surroundings.plugIn() ||
+        !awaitLine(initialised))
+        return false;
+    const auto received = session.simulator().requests();
+    const auto after = StoredStory::read(file);
+    if (!received || !after)
+        return false;
+    StoredStory story(*before);
+    for (const TracedRequest& request : *received)
+        story.take(request);
+    const QString flaw = story.flawOfReplay() + story.flawOf(*after);
+    if (!flaw.isEmpty())
+        std::printf("stored: %s\n", qPrintable(flaw));
+    return flaw.isEmpty();
 }
 
 std::optional<qint64> Soak::requests() const

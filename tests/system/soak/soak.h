@@ -12,11 +12,12 @@
 #include <memory>
 
 /// Random users and random surroundings for as long as asked. Every minute all comes to rest, the
-/// panel must be whole again, and what it holds is compared with what it held after the first one.
+/// panel must be whole again, the interface must get what is stored, and what the panel holds is
+/// compared with what it held after the first one.
 class Soak
 {
 public:
-    Soak(std::chrono::minutes length, unsigned seed);
+    Soak(std::chrono::seconds length, unsigned seed);
 
     /// Whether nothing went wrong; what did is printed.
     bool run();
@@ -34,6 +35,8 @@ private:
     bool start();
     bool goOn();
     bool rest();
+    /// Plugs the cable in, and sees that what is stored reaches the interface and stays stored.
+    bool returnsWithWhatIsStored();
     std::optional<qint64> requests() const; ///< since the interface is there
     std::optional<Holdings> measured() const;
     QString flawOf(const Holdings& now) const;
@@ -45,7 +48,7 @@ private:
     void print(const char* when, const Holdings& holdings) const;
     bool fail(const QString& what) const;
 
-    std::chrono::minutes length;
+    std::chrono::seconds length;
     RandomChoice random;
     SoakFigures figures;
     PanelSession session;

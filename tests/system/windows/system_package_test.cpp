@@ -31,11 +31,8 @@ class SystemPackage : public SystemTest
 private slots:
     void folderHasNothingUnknown();
     void programOpensNoConsole();
-    void asioDriverOpensTheSettings();
-    void okResetsTheAsioDriver();
+    void asioDriverOpensTheSettingsAndIsReset();
     void installsAndUninstallsSilently();
-    void upgradeEndsARunningCopy();
-    void purgeRemovesTheSettings();
 
 private:
     std::unique_ptr<ChildProgram> startPeer(const QStringList& words);
@@ -102,23 +99,15 @@ void SystemPackage::programOpensNoConsole()
     QCOMPARE(qFromLittleEndian<quint16>(start.constData() + header + subsystem), graphical);
 }
 
-void SystemPackage::asioDriverOpensTheSettings()
+void SystemPackage::asioDriverOpensTheSettingsAndIsReset()
 {
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     QVERIFY(Desktop::hasNoWindow(settingsDialog));
-    const auto peer = startPeer({QStringLiteral("open-settings")});
-    QCOMPARE(peer->waitForExit().value_or(-1), 0);
-    QVERIFY(Desktop::waitForWindow(settingsDialog).has_value());
-    QVERIFY(panel().waitForLine(
-        QStringLiteral("Received signal from pipe thread to show settings window.")));
-}
-
-void SystemPackage::okResetsTheAsioDriver()
-{
-    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
-    QVERIFY(chooseFromTrayMenu(TrayEntry::Setup));
+    QCOMPARE(startPeer({QStringLiteral("open-settings")})->waitForExit().value_or(-1), 0);
     const auto dialog = Desktop::waitForWindow(settingsDialog);
     QVERIFY(dialog.has_value());
+    QVERIFY(panel().waitForLine(
+        QStringLiteral("Received signal from pipe thread to show settings window.")));
     const auto peer = startPeer({QStringLiteral("wait-reset")});
     QVERIFY(waitUntil([&] { return peer->outputLines().contains(QStringLiteral("waiting")); }));
 
@@ -164,37 +153,10 @@ void SystemPackage::installsAndUninstallsSilently()
     // It goes after the folder, by which the end is told.
     QVERIFY(waitUntil([&] { return shortcuts().isEmpty(); }));
     QVERIFY(QFile::exists(settings));
-}
 
-void SystemPackage::upgradeEndsARunningCopy()
-{
-    QVERIFY(install());
-    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
-    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
-    const QString settings = folder().settingsFile(QStringLiteral("ka1.ini"));
-    QVERIFY(QFile::exists(settings));
-
-    QVERIFY(install());
-    QCOMPARE(panel().waitForExit().value_or(-1), 0);
-    QVERIFY(QFile::exists(settings));
-    QVERIFY(QFile::exists(installed(QStringLiteral("QuorvelDriver.exe"))));
-    // It is left as it was found: running.
-    QVERIFY(Desktop::waitForTrayIcon().has_value());
-    QCOMPARE(handles(3), 3);
-    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
-    QCOMPARE(handles(0), 0);
-    QVERIFY(uninstall());
-}
-
-void SystemPackage::purgeRemovesTheSettings()
-{
-    QVERIFY(install());
-    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
-    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
-    QVERIFY(chooseFromTrayMenu(TrayEntry::Quit));
-    QCOMPARE(panel().waitForExit().value_or(-1), 0);
     // As a crash leaves it.
     QVERIFY(QFile(folder().settingsFile(QStringLiteral("ks.ini.saving"))).open(QFile::WriteOnly));
+    QVERIFY(install());
     QVERIFY(uninstall({QStringLiteral("/PURGE")}));
     QVERIFY(waitUntil([] { return !QFile::exists(Target::settingsFolder()); }));
 }

@@ -41,8 +41,11 @@ private slots:
     void cleanup();
     void upgradeInEveryState_data() { addStates(); }
     void upgradeInEveryState();
-    void removalInEveryState_data() { addStates(); }
-    void removalInEveryState();
+    void removalEndsIt_data()
+    {
+        addStates({QStringLiteral("both shown"), QStringLiteral("waiting in a sequence")});
+    }
+    void removalEndsIt();
     void copyElsewhereRunsOn();
     void busyFileChangesNothing();
     void sessionThatGoesOnEndsNothing();
@@ -63,7 +66,6 @@ void SystemUpgrade::cleanup()
     SystemTest::cleanup();
     // Started again by the installer, it is no child of this program.
     endSession(QStringLiteral("end"));
-    QDir(installFolder()).removeRecursively();
 }
 
 int SystemUpgrade::runInstaller(const QString& file)
@@ -75,8 +77,9 @@ int SystemUpgrade::runInstaller(const QString& file)
 
 bool SystemUpgrade::installForUse()
 {
-    session().setProgram(installed(QStringLiteral("QuorvelDriver.exe")));
-    return install() == 0;
+    const QString program = installed(QStringLiteral("QuorvelDriver.exe"));
+    session().setProgram(program);
+    return QFile::exists(program) || install() == 0;
 }
 
 std::unique_ptr<ChildProgram> SystemUpgrade::startBystander()
@@ -99,24 +102,28 @@ void SystemUpgrade::upgradeInEveryState()
 {
     QVERIFY(installForUse());
     QVERIFY(reachState());
+    const QString settings = folder().settingsFile(QStringLiteral("ka1.ini"));
+    const bool hadSettings = QFile::exists(settings);
+    QVERIFY(stateHolds());
     QCOMPARE(install(), 0);
     QCOMPARE(flawOfTheEnd(), QString());
+    QVERIFY(!hadSettings || QFile::exists(settings));
     // It is left as it was found: running.
-    QVERIFY(
-        waitUntil([] { return !Desktop::trayIcons().value_or(QList<QRect>()).isEmpty(); }, 30s));
+    QVERIFY(Desktop::waitForTrayIcon().has_value());
+    QVERIFY(simulator().plug(QStringLiteral("ka1")));
     QVERIFY(waitUntil([&] { return simulator().openHandles().value_or(0) > 0; }));
 }
 
-void SystemUpgrade::removalInEveryState()
+void SystemUpgrade::removalEndsIt()
 {
     QVERIFY(installForUse());
     QVERIFY(reachState());
+    QVERIFY(stateHolds());
     // The uninstaller goes on as a copy of itself and ends at once.
     QCOMPARE(runInstaller(installed(QStringLiteral("uninstall.exe"))), 0);
     QCOMPARE(flawOfTheEnd(), QString());
     QCOMPARE(leftBehind(), QString());
-    QVERIFY(
-        waitUntil([] { return !QFile::exists(installed(QStringLiteral("uninstall.exe"))); }, 30s));
+    QVERIFY(waitUntil([] { return !QFile::exists(installed(QStringLiteral("uninstall.exe"))); }));
     QVERIFY(!QFile::exists(installed(QStringLiteral("QuorvelDriver.exe"))));
 }
 
@@ -126,8 +133,7 @@ void SystemUpgrade::copyElsewhereRunsOn()
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     QCOMPARE(install(), 0);
     QCOMPARE(runInstaller(installed(QStringLiteral("uninstall.exe"))), 0);
-    QVERIFY(
-        waitUntil([] { return !QFile::exists(installed(QStringLiteral("uninstall.exe"))); }, 30s));
+    QVERIFY(waitUntil([] { return !QFile::exists(installed(QStringLiteral("uninstall.exe"))); }));
     QVERIFY(panel().isRunning());
     QVERIFY(endSession(QStringLiteral("end")));
     QCOMPARE(flawOfTheEnd(), QString());
@@ -146,8 +152,7 @@ void SystemUpgrade::busyFileChangesNothing()
                                   << QStringLiteral("hold") << onWindows(file)
                                   << QStringLiteral("120"),
                               folder().environment(), folder().path(QStringLiteral("holder")));
-    QVERIFY(
-        waitUntil([&] { return holder.outputLines().contains(QStringLiteral("holding")); }, 10s));
+    QVERIFY(waitUntil([&] { return holder.outputLines().contains(QStringLiteral("holding")); }));
     const QDateTime written = QFileInfo(installed(QStringLiteral("uninstall.exe"))).lastModified();
     const auto count = QDir(installFolder()).count();
 
