@@ -27,7 +27,7 @@ RUN_ELSEWHERE = {
     "scripts/contain COMMAND": "every command",
     "scripts/with-display COMMAND": "every system test",
     "tests/support/run-whole": "every test",
-    "QUORVEL_TEST_SCALE=1.5 build/debug/bin/window_scale_test": "ctest, as window_scale_test_at_150",
+    "QUORVEL_TEST_SCALE=1.5 build/debug/bin/shell_tests window_scale_test": "ctest, as window_scale_test_at_150",
     ".ci/run": "itself",
     "ASAN_OPTIONS=detect_leaks=0 build/fuzz/bin/TARGET_fuzz FILE": "./test --fuzz",
     "scripts/windows/collect-program": "./package",
