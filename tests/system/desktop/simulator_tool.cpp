@@ -71,24 +71,6 @@ std::optional<int> SimulatorTool::openHandles() const
     return isNumber ? std::optional(handles) : std::nullopt;
 }
 
-std::optional<QMap<int, double>> SimulatorTool::mixer() const
-{
-    const auto cells = lines({QStringLiteral("mixer")});
-    if (!cells)
-        return std::nullopt;
-    QMap<int, double> table;
-    for (const QString& cell : *cells)
-        table.insert(cell.section(QLatin1Char('='), 0, 0).toInt(),
-                     cell.section(QLatin1Char('='), 1).toDouble());
-    return table;
-}
-
-std::optional<double> SimulatorTool::mixerCell(int index) const
-{
-    const auto table = mixer();
-    return table ? std::optional(table->value(index)) : std::nullopt;
-}
-
 std::optional<QMap<QString, QString>> SimulatorTool::state() const
 {
     const QString separator = QStringLiteral(": ");
@@ -99,17 +81,6 @@ std::optional<QMap<QString, QString>> SimulatorTool::state() const
     for (const QString& row : *rows)
         values.insert(row.section(separator, 0, 0), row.section(separator, 1));
     return values;
-}
-
-std::optional<QStringList> SimulatorTool::lastCommands() const
-{
-    auto rows = lines({QStringLiteral("commands")});
-    if (!rows)
-        return std::nullopt;
-    // "3x 01 07 00 02 01 54 00": how often it came stands first.
-    for (QString& row : *rows)
-        row = row.section(QLatin1Char(' '), 1).remove(QLatin1Char(' ')).toLower();
-    return rows;
 }
 
 bool SimulatorTool::order(const QStringList& words) const

@@ -35,16 +35,8 @@ public:
     /// Handles that programs hold on the device; nothing when the simulator did not answer.
     std::optional<int> openHandles() const;
 
-    /// The cells of the mixer table that are not zero, by their numbers.
-    std::optional<QMap<int, double>> mixer() const;
-    /// One cell of the mixer table as the device received it last, to six digits.
-    std::optional<double> mixerCell(int index) const;
-
     /// What is plugged in and how it is set, by the names that the tool prints ("sample rate").
     std::optional<QMap<QString, QString>> state() const;
-
-    /// The last command record per opcode and channel, seven bytes of each as hexadecimal text.
-    std::optional<QStringList> lastCommands() const;
 
     /// Gives the tool any of its orders; false when it was refused.
     bool order(const QStringList& words) const;

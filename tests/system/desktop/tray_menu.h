@@ -23,9 +23,6 @@ public:
     /// nothing tells that it has got it, another click is tried.
     bool open();
 
-    /// Where the icon is; valid once opened.
-    QRect iconArea() const { return icon; }
-
     /// Chooses an entry of the open menu with the arrow keys and waits until the menu is gone.
     /// False when it went before.
     bool choose(TrayEntry entry);
