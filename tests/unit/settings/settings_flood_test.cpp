@@ -84,7 +84,7 @@ private:
     /// Connects and asks for the dialog, which must come up.
     bool isServed();
 
-    const int connections = Rounds::number(30);
+    const int connections = Rounds::number(12);
     std::optional<DebugLog> log;
     std::unique_ptr<Settings> dialog;
 };
@@ -142,7 +142,7 @@ void SettingsFloodTest::silentClients()
         for (int i = 0; i < 50; ++i) {
             if (clients.emplace_back(PipePeer::settingsPipe).tryConnect() == ERROR_SUCCESS)
                 ++connected;
-            QThread::msleep(20);
+            QThread::msleep(1);
         }
         clients.clear();
         over = true;
@@ -156,7 +156,7 @@ void SettingsFloodTest::silentClients()
 
 void SettingsFloodTest::endWithHalfOpenClients()
 {
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 6; ++round) {
         std::optional<Flood> flood;
         PipePeer::Client silent(PipePeer::settingsPipe);
         if (round % 2 == 0)
