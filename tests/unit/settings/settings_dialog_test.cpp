@@ -1,5 +1,7 @@
 #include "settings/settings.h"
 #include "support/debug_log.h"
+#include "support/file_access.h"
+#include "support/ini_file.h"
 #include "support/settings_files.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
@@ -12,6 +14,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -76,6 +79,7 @@ private slots:
     void contents();
     void fitsTheErrorLine();
     void wheelOverLists();
+    void unreadFileAndALostDevice();
 
 private:
     SimulatedInterface simulated;
@@ -195,6 +199,27 @@ void SettingsDialogTest::wheelOverLists()
     combo->hidePopup();
     QTest::keyClick(combo, Qt::Key_Down);
     QCOMPARE(combo->currentText(), QString("256"));
+}
+
+/// A choice that no device took would pass for applied when the next one comes.
+void SettingsDialogTest::unreadFileAndALostDevice()
+{
+    IniFile::write("setting.ini", {{"USB/SlowMode", "Enabled"}});
+    const QComboBox* slowMode = dialog->findChildren<QComboBox*>().constLast();
+    forgetSettingsFiles();
+    {
+        const Unreadable holder(IniFile::path("setting.ini"));
+        dialog->refreshFromDevice();
+        dialog->reinitPending = true; // as the main window does
+    }
+    for (QTimer* timer : dialog->findChildren<QTimer*>())
+        timer->stop();
+    simulated.control().clearTrace();
+    QVERIFY(retrySettingsFile());
+    QCOMPARE(slowMode->currentText(), QString("Disabled"));
+    QCOMPARE(simulated.takeTrace(), QStringList());
+    dialog->refreshFromDevice();
+    QCOMPARE(slowMode->currentText(), QString("Enabled"));
 }
 
 QUORVEL_TEST_MAIN(SettingsDialogTest)

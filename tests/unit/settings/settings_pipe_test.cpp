@@ -131,6 +131,13 @@ void SettingsPipeTest::requestOpensTheDialog()
     QCOMPARE(dialog->windowState() & ~Qt::WindowActive, after);
     QVERIFY(dialog->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     QCOMPARE(dialog->windowType(), Qt::Dialog);
+
+    // Once it is shown so, nothing but the request itself brings it to the front.
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other, patience));
+    dialog->showFromPipe();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), patience));
+    QCOMPARE(raises.count, 2);
 }
 
 void SettingsPipeTest::requestKeepsThePlace()
