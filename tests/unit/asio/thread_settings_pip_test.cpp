@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int patience = 45000; // ms
-constexpr int rounds = 8;
+constexpr int rounds = 5;
 
 const QString running = QStringLiteral("ThreadSettingsPip is running waiting Asio Info...");
 const QString nothing = QStringLiteral("No data received from pipe.");

@@ -36,7 +36,7 @@ QString told(const QComboBox& list)
 {
     QStringList items;
     for (int i = 0; i < list.count(); ++i)
-        items.append(list.itemText(i));
+        items.append(list.itemText(i) + list.itemData(i).toString());
     return "list " + QString::number(list.currentIndex()) + ": " + items.join(u' ');
 }
 
