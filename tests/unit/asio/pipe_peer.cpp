@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr qint64 patience = 10000; // ms
+constexpr qint64 patience = 45000; // ms
 
 DWORD resultOf(BOOL succeeded)
 {
@@ -74,14 +74,6 @@ Server::Server(const QString& path, DWORD bufferSize)
                               PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, 1, bufferSize,
                               bufferSize, 0, nullptr))
 {
-    if (!handle.isValid())
-        creationError = GetLastError();
-}
-
-DWORD Server::accept()
-{
-    const DWORD error = resultOf(ConnectNamedPipe(handle.get(), nullptr));
-    return error == ERROR_PIPE_CONNECTED ? DWORD{ERROR_SUCCESS} : error;
 }
 
 Reading Server::read()
@@ -92,11 +84,6 @@ Reading Server::read()
 DWORD Server::disconnect()
 {
     return resultOf(DisconnectNamedPipe(handle.get()));
-}
-
-void Server::close()
-{
-    handle.reset(nullptr);
 }
 
 } // namespace PipePeer

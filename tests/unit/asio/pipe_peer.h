@@ -28,7 +28,7 @@ public:
 
     /// One attempt.
     DWORD tryConnect();
-    /// Tries for up to ten seconds while the pipe is busy or absent.
+    /// Tries for up to 45 seconds while the pipe is busy or absent.
     DWORD connect();
     DWORD write(const QByteArray& message);
     Reading read();
@@ -48,15 +48,11 @@ public:
     /// Without a buffer (size 0) a client waits until its message is read.
     explicit Server(const QString& path, DWORD bufferSize = 4096);
 
-    DWORD error() const { return creationError; }
-    DWORD accept();
     Reading read();
     DWORD disconnect();
-    void close();
 
 private:
     ScopedHandle handle;
-    DWORD creationError = 0;
 };
 
 } // namespace PipePeer
