@@ -32,25 +32,29 @@ bool send(World& world, const Device& device, std::uint32_t code,
                 describe({device.handle, code, input, outputSize}), answer);
 }
 
-void command(World& world, const Device& device, std::vector<std::uint8_t> leading)
+bool throws(World& world, const Answer& answer, const std::string& action)
+{
+    if (answer.throws)
+        world.events.push_back("error: Failed to " + action + ": no paper");
+    return answer.throws;
+}
+
+bool command(World& world, const Device& device, const std::string& action,
+             std::vector<std::uint8_t> leading)
 {
     leading.insert(leading.begin(), 0x01);
     leading.resize(37);
-    Answer ignored;
-    send(world, device, Code::command, leading, 0, ignored);
+    Answer answer;
+    send(world, device, Code::command, leading, 0, answer);
+    return !throws(world, answer, action);
 }
 
-void volumeCommand(World& world, const Device& device, std::uint8_t opcode, int channel, int value)
+bool volumeCommand(World& world, const Device& device, const std::string& action,
+                   std::uint8_t opcode, int channel, int value)
 {
-    command(world, device,
-            {opcode, 0, 2, static_cast<std::uint8_t>(channel), static_cast<std::uint8_t>(value),
-             static_cast<std::uint8_t>(value >> 8)});
-}
-
-void switchCommand(World& world, const Device& device, std::uint8_t opcode, int channel, bool on)
-{
-    command(world, device,
-            {opcode, 0, static_cast<std::uint8_t>(on ? 1 : 0), static_cast<std::uint8_t>(channel)});
+    return command(world, device, action,
+                   {opcode, 0, 2, static_cast<std::uint8_t>(channel),
+                    static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8)});
 }
 
 std::uint32_t load32(const std::vector<std::uint8_t>& bytes, std::size_t first)
@@ -79,44 +83,36 @@ bool open(World& world, Device& device)
     return false;
 }
 
-void setMicVolume(World& world, const Device& device, int channel, int value)
+bool setMicVolume(World& world, const Device& device, int channel, int value)
 {
-    volumeCommand(world, device, 0x07, channel, value);
+    return volumeCommand(world, device, "set mic volume", 0x07, channel, value);
 }
 
-void setOutVolume(World& world, const Device& device, int channel, int value)
+bool setOutVolume(World& world, const Device& device, int channel, int value)
 {
-    volumeCommand(world, device, 0x03, channel, value);
+    return volumeCommand(world, device, "set out volume", 0x03, channel, value);
 }
 
-void switchMicInstrument(World& world, const Device& device, int channel, bool on)
+bool set(World& world, const Device& device, const Switch& what, int channel, bool on)
 {
-    switchCommand(world, device, 0x64, channel, on);
+    return command(world, device, std::string(what.verb) + ' ' + what.name,
+                   {what.opcode, 0, static_cast<std::uint8_t>(on ? 1 : 0),
+                    static_cast<std::uint8_t>(channel)});
 }
 
-void setMic20dB(World& world, const Device& device, int channel, bool on)
+bool setOtgOn(World& world, const Device& device)
 {
-    switchCommand(world, device, 0x5A, channel, on);
+    return command(world, device, "set OTG On", {0x5F});
 }
 
-void setMic48V(World& world, const Device& device, int channel, bool on)
+bool setOtgOff(World& world, const Device& device)
 {
-    switchCommand(world, device, 0x5B, channel, on);
+    return command(world, device, "set OTG Off", {0x5E});
 }
 
-void setOtgOn(World& world, const Device& device)
+bool upgradeFirmware(World& world, const Device& device)
 {
-    command(world, device, {0x5F});
-}
-
-void setOtgOff(World& world, const Device& device)
-{
-    command(world, device, {0x5E});
-}
-
-void upgradeFirmware(World& world, const Device& device)
-{
-    command(world, device, {0x60});
+    return command(world, device, "upgrade firmware", {0x60});
 }
 
 bool act(World& world, const Device& device, std::uint32_t code)
@@ -186,7 +182,10 @@ bool readFirmware(World& world, const Device& device, std::array<std::uint8_t, 1
     request[0] = 0x01;
     request[1] = 0x65;
     Answer answer;
-    if (!send(world, device, Code::transfer, request, 32, answer)) {
+    const bool answered = send(world, device, Code::transfer, request, 32, answer);
+    if (throws(world, answer, "get firmware version"))
+        return false;
+    if (!answered) {
         world.events.emplace_back("error: Failed to read firmware version from device.");
         return false;
     }

@@ -3,20 +3,29 @@
 #include "oracle/world.h"
 
 /// What one user of the driver sends and prints. Plain operations fail when the device is closed
-/// or refuses; commands are sent and nobody asks what became of them.
+/// or refuses; commands are sent and nobody asks what became of them: they fail by an exception.
 namespace Oracle::Driver {
 
 /// Tries the sixteen paths in order.
 bool open(World& world, Device& device);
 
-void setMicVolume(World& world, const Device& device, int channel, int value);
-void setOutVolume(World& world, const Device& device, int channel, int value);
-void switchMicInstrument(World& world, const Device& device, int channel, bool on);
-void setMic20dB(World& world, const Device& device, int channel, bool on);
-void setMic48V(World& world, const Device& device, int channel, bool on);
-void setOtgOn(World& world, const Device& device);
-void setOtgOff(World& world, const Device& device);
-void upgradeFirmware(World& world, const Device& device);
+/// A command that switches something, as the driver's own papers name and number it.
+struct Switch
+{
+    std::uint8_t opcode;
+    const char* name; ///< "mic 48V"
+    const char* verb = "set";
+};
+constexpr Switch instrument{0x64, "mic instruction", "switch"};
+constexpr Switch pad{0x5A, "mic 20dB"};
+constexpr Switch phantom{0x5B, "mic 48V"};
+
+bool setMicVolume(World& world, const Device& device, int channel, int value);
+bool setOutVolume(World& world, const Device& device, int channel, int value);
+bool set(World& world, const Device& device, const Switch& what, int channel, bool on);
+bool setOtgOn(World& world, const Device& device);
+bool setOtgOff(World& world, const Device& device);
+bool upgradeFirmware(World& world, const Device& device);
 
 /// A plain operation without input.
 bool act(World& world, const Device& device, std::uint32_t code);

@@ -1,5 +1,7 @@
 #include "oracle/files.h"
 
+#include "oracle/panel.h"
+
 #include <utility>
 
 namespace Oracle::Files {
@@ -21,10 +23,13 @@ IniFile onDisk(const World& world, const std::string& name)
 
 Timer retryOf(const std::string& name)
 {
-    return name == "ka1.ini"   ? Timer::saveKa1
-           : name == "ka2.ini" ? Timer::saveKa2
-           : name == "ks.ini"  ? Timer::saveKs
-                               : Timer::saveSettings;
+    int timer = static_cast<int>(Timer::savePanel);
+    for (const Model* model : models) {
+        if (name == model->file())
+            return static_cast<Timer>(timer);
+        ++timer;
+    }
+    return Timer::saveSettings;
 }
 
 bool isReadable(const World& world, const std::string& name)

@@ -94,7 +94,7 @@ void Interface::heal()
 Interface::Fate Interface::takeFaults(std::uint32_t code)
 {
     Fate fate;
-    bool taken[3] = {};
+    bool taken[4] = {};
     for (Fault& fault : faults) {
         if (fault.code != code || fault.count == 0)
             continue;
@@ -105,12 +105,15 @@ Interface::Fate Interface::takeFaults(std::uint32_t code)
         bool& known = taken[static_cast<int>(fault.kind)];
         if (std::exchange(known, true))
             continue;
+        hit.insert(code);
         if (fault.kind == Fault::Kind::fail)
             fate.error = fault.value;
         else if (fault.kind == Fault::Kind::delay)
             fate.delayMs = static_cast<int>(fault.value);
-        else
+        else if (fault.kind == Fault::Kind::shorten)
             fate.largestAnswer = fault.value;
+        else
+            fate.throws = true;
         if (fault.count != Fault::always)
             --fault.count;
     }
@@ -124,6 +127,8 @@ Answer Interface::ask(const Request& request)
     if (!plugged || request.handle > handles || request.handle <= handlesBefore)
         return {notConnected, {}, 0};
     const Fate fate = takeFaults(request.code);
+    if (fate.throws)
+        return {0, {}, 0, true};
     Answer answer{fate.error, {}, 0};
     if (fate.error == 0)
         answer = execute(request);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <vector>
 
 namespace Oracle {
@@ -22,12 +23,13 @@ struct Answer
     std::uint32_t error = 0; ///< a Windows error number, 0 = success
     std::vector<std::uint8_t> bytes;
     int delayMs = 0;
+    bool throws = false; ///< an exception, which says "no paper", escapes from the request
 };
 
 /// What befalls requests with `code`: the first `skip` of them pass, the next `count` are hit.
 struct Fault
 {
-    enum class Kind { fail, delay, shorten };
+    enum class Kind { fail, delay, shorten, raise };
     Kind kind = Kind::fail;
     std::uint32_t code = 0;
     int count = 0; ///< `always` for all that follow
@@ -65,6 +67,8 @@ public:
 
     void addFault(const Fault& fault) { faults.push_back(fault); }
     void heal();
+    /// The codes of the requests that a fault has hit.
+    const std::set<std::uint32_t>& hitCodes() const { return hit; }
     /// Of the opens of a present device, `skip` succeed and then `count` fail with `error`.
     void failOpens(int count, std::uint32_t error, int skip);
 
@@ -81,6 +85,7 @@ private:
         std::uint32_t error = 0;
         int delayMs = 0;
         std::size_t largestAnswer = SIZE_MAX;
+        bool throws = false;
     };
 
     struct Plan
@@ -101,6 +106,7 @@ private:
     int handles = 0;       ///< given out so far
     int handlesBefore = 0; ///< those of an interface that was plugged in before: dead
     std::vector<Fault> faults;
+    std::set<std::uint32_t> hit;
     int opensToPass = 0;
     int opensToFail = 0;
     std::uint32_t openError = 0;

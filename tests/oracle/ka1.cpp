@@ -2,7 +2,7 @@
 #include "oracle/panel.h"
 #include "oracle/text.h"
 
-namespace Oracle::Ka1 {
+namespace Oracle {
 
 using namespace PanelParts;
 
@@ -12,9 +12,15 @@ constexpr KnobTraits gain{"Dial/MicValue", 0, 42, 0, 0};
 constexpr KnobTraits volume{"Dial/HeadphoneValue", -80, 6, -80, 0};
 constexpr KnobTraits phone{"Dial/OtgToHpValue", -80, 6, 0, 0};
 
-constexpr const char* instrument = "Button/MicInstrIsChecked";
-constexpr const char* pad = "Button/Mic20dBIsChecked";
-constexpr const char* phantom = "Button/Mic48VIsChecked";
+constexpr SwitchTraits switches[] = {
+    {{"Button/MicInstrIsChecked", "MIC", "#00ff7f"},
+     Driver::instrument,
+     1,
+     "Mic Instr Button Clicked",
+     "INST"},
+    {{"Button/Mic20dBIsChecked", "20dB", "#ff7f00"}, Driver::pad, 1, "Mic 20dB Button Clicked"},
+    {{"Button/Mic48VIsChecked", "48V", "#ff1111"}, Driver::phantom, 1, "Mic 48V Button Clicked"},
+};
 constexpr const char* direct = "Button/MonitorMicIsChecked";
 constexpr const char* mute = "Button/HeadphoneMuteIsChecked";
 constexpr const char* dim = "Button/HeadphoneDimIsChecked";
@@ -73,17 +79,14 @@ void fillRouting(Panel& panel)
     setCells(panel, {3072, 3105, 4096, 4129, 4160, 4193}, 1.0);
 }
 
-} // namespace
-
 void build(World& world)
 {
     if (!openDevice(world, {1, 2}))
         return;
     Panel& panel = *world.panel;
     addKnob(panel, gain);
-    addButton(panel, {instrument, "MIC", "#00ff7f"});
-    addButton(panel, {pad, "20dB", "#ff7f00"});
-    addButton(panel, {phantom, "48V", "#ff1111"});
+    for (const SwitchTraits& traits : switches)
+        addButton(panel, traits.button);
     addButton(panel, {direct, "DIRECT", "#00FFFF"});
     addKnob(panel, volume);
     addButton(panel, {mute, "MUTE", "#00FFFF"});
@@ -96,8 +99,9 @@ void build(World& world)
 
 void restore(World& world)
 {
-    for (const char* key : {instrument, pad, phantom, direct})
-        restoreButton(world, key);
+    for (const SwitchTraits& traits : switches)
+        restoreButton(world, traits.button.key);
+    restoreButton(world, direct);
     restoreKnob(world, gain);
     restoreKnob(world, volume);
     restoreButton(world, mute);
@@ -109,9 +113,7 @@ void restore(World& world)
 void knob(World& world, const std::string& key, int value)
 {
     if (key == gain.key) {
-        Driver::setMicVolume(world, world.panel->device, 1, value * 2);
-        world.debug(Text::line("Mic volume set to:", static_cast<long long>(value)));
-        storeKnob(world, gain.key);
+        sendMicVolume(world, gain, 1, value);
     } else if (key == volume.key) {
         sendVolume(world, value);
     } else {
@@ -122,27 +124,16 @@ void knob(World& world, const std::string& key, int value)
 
 void button(World& world, const std::string& key, bool on)
 {
-    Panel& panel = *world.panel;
-    if (key == instrument) {
-        world.debug("Mic Instr Button Clicked");
-        Driver::switchMicInstrument(world, panel.device, 1, on);
-        world.debug("Mic instruction switched for channel 1.");
-        panel.buttons.at(instrument).caption = on ? "INST" : "MIC";
-    } else if (key == pad) {
-        world.debug("Mic 20dB Button Clicked");
-        Driver::setMic20dB(world, panel.device, 1, on);
-        world.debug("Mic 20dB switched for channel 1.");
-    } else if (key == phantom) {
-        world.debug("Mic 48V Button Clicked");
-        Driver::setMic48V(world, panel.device, 1, on);
-        world.debug("Mic 48V switched for channel 1.");
-    } else if (key == direct) {
-        sendDirect(world, on);
-    } else if (key == mute) {
-        switchMute(world, on);
-    } else {
-        switchDim(world, on);
+    for (const SwitchTraits& traits : switches) {
+        if (key == traits.button.key)
+            sendSwitch(world, traits, on, false);
     }
+    if (key == direct)
+        sendDirect(world, on);
+    else if (key == mute)
+        switchMute(world, on);
+    else if (key == dim)
+        switchDim(world, on);
     storeButton(world, key.c_str());
 }
 
@@ -151,4 +142,8 @@ void readOuts(Panel& panel)
     panel.readOuts = {Text::level(panel.levels[0]), Text::level(phoneSample(panel))};
 }
 
-} // namespace Oracle::Ka1
+} // namespace
+
+const Model ka1{"ka1", 1, build, restore, knob, button, readOuts};
+
+} // namespace Oracle

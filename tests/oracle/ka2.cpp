@@ -2,7 +2,9 @@
 #include "oracle/panel.h"
 #include "oracle/text.h"
 
-namespace Oracle::Ka2 {
+#include <functional>
+
+namespace Oracle {
 
 using namespace PanelParts;
 
@@ -14,8 +16,12 @@ constexpr KnobTraits headphone{"Dial/HeadphoneValue", -80, 6, -80, 0};
 constexpr KnobTraits phoneToHp{"Dial/OtgToHpValue", -80, 6, 0, 0};
 constexpr KnobTraits phoneToSp{"Dial/OtgToSPValue", -80, 6, 0, 0};
 
-constexpr const char* pads[] = {"Button/Mic120dBIsChecked", "Button/Mic220dBIsChecked"};
-constexpr const char* phantoms[] = {"Button/Mic148VIsChecked", "Button/Mic248VIsChecked"};
+constexpr SwitchTraits switches[] = {
+    {{"Button/Mic120dBIsChecked", "20dB", "#ff7f00"}, Driver::pad, 1, "Mic 20dB Button Clicked"},
+    {{"Button/Mic148VIsChecked", "48V", "#ff1111"}, Driver::phantom, 1, "Mic 48V Button Clicked"},
+    {{"Button/Mic220dBIsChecked", "20dB", "#ff7f00"}, Driver::pad, 2, "Mic 20dB Button Clicked"},
+    {{"Button/Mic248VIsChecked", "48V", "#ff1111"}, Driver::phantom, 2, "Mic 48V Button Clicked"},
+};
 constexpr const char* directs[] = {"Button/MonitorMic1IsChecked", "Button/MonitorMic2IsChecked"};
 constexpr const char* speakerMute = "Button/SpeakerMuteIsChecked";
 constexpr const char* speakerDim = "Button/SpeakerDimIsChecked";
@@ -78,26 +84,35 @@ void sendPhone(World& world, const KnobTraits& knob, int value)
     saveState(world);
 }
 
-void switchMic(World& world, int channel, const std::string& key, bool on)
+void switchDirect(World& world, std::size_t mic, bool on)
 {
-    const auto index = static_cast<std::size_t>(channel - 1);
-    const Device& device = world.panel->device;
-    if (key == pads[index]) {
-        world.debug(Text::lineTruth("Mic 20dB Button Clicked", on));
-        Driver::setMic20dB(world, device, channel, on);
-        world.debug("Mic 20dB switched for channel 1.");
-    } else if (key == phantoms[index]) {
-        world.debug(Text::lineTruth("Mic 48V Button Clicked", on));
-        Driver::setMic48V(world, device, channel, on);
-        world.debug("Mic 48V switched for channel 1.");
-    } else if (key == directs[index]) {
-        const double gain = on ? 1.0 : 0.0;
-        setCells(*world.panel, {2048 + index, 2080 + index, 2176 + index, 2208 + index}, gain);
-        if (sendMixer(world))
-            world.debug(Text::lineTruth("Monitor Mic set to:", on));
-        else
-            world.debug("Failed to set Monitor Mic.");
+    setCells(*world.panel, {2048 + mic, 2080 + mic, 2176 + mic, 2208 + mic}, on ? 1.0 : 0.0);
+    if (sendMixer(world))
+        world.debug(Text::lineTruth("Monitor Mic set to:", on));
+    else
+        world.debug("Failed to set Monitor Mic.");
+}
+
+void switchMic(World& world, const std::string& key, bool on)
+{
+    for (const SwitchTraits& traits : switches) {
+        if (key == traits.button.key)
+            sendSwitch(world, traits, on, true);
     }
+    for (const std::size_t mic : {0U, 1U}) {
+        if (key == directs[mic])
+            switchDirect(world, mic, on);
+    }
+}
+
+/// Those of one input, in the order in which they stand.
+void eachSwitch(std::size_t mic, const std::function<void(const ButtonTraits&)>& visit)
+{
+    for (const SwitchTraits& traits : switches) {
+        if (traits.channel == static_cast<int>(mic) + 1)
+            visit(traits.button);
+    }
+    visit({directs[mic], "DIRECT", "#00FFFF"});
 }
 
 void switchOutput(World& world, const std::string& key, bool on)
@@ -123,9 +138,7 @@ void addControls(Panel& panel)
 {
     for (const std::size_t mic : {0U, 1U}) {
         addKnob(panel, gains[mic]);
-        addButton(panel, {pads[mic], "20dB", "#ff7f00"});
-        addButton(panel, {phantoms[mic], "48V", "#ff1111"});
-        addButton(panel, {directs[mic], "DIRECT", "#00FFFF"});
+        eachSwitch(mic, [&](const ButtonTraits& button) { addButton(panel, button); });
     }
     addKnob(panel, speaker);
     addButton(panel, {speakerMute, "MUTE", "#00FFFF"});
@@ -136,8 +149,6 @@ void addControls(Panel& panel)
     addButton(panel, {headphoneDim, "DIM", "#00FFFF"});
     addKnob(panel, phoneToHp);
 }
-
-} // namespace
 
 void build(World& world)
 {
@@ -150,12 +161,11 @@ void build(World& world)
 
 void restore(World& world)
 {
-    for (const char* key : {pads[0], phantoms[0], directs[0]})
-        restoreButton(world, key);
+    const auto restoreOne = [&](const ButtonTraits& button) { restoreButton(world, button.key); };
+    eachSwitch(0, restoreOne);
     restoreKnob(world, gains[0]);
     restoreKnob(world, gains[1]);
-    for (const char* key : {pads[1], phantoms[1], directs[1]})
-        restoreButton(world, key);
+    eachSwitch(1, restoreOne);
     restoreKnob(world, speaker);
     restoreButton(world, speakerMute);
     restoreButton(world, speakerDim);
@@ -173,9 +183,7 @@ void knob(World& world, const std::string& key, int value)
         const KnobTraits& gain = gains[channel - 1];
         if (key != gain.key)
             continue;
-        Driver::setMicVolume(world, world.panel->device, channel, value * 2);
-        world.debug(Text::line("Mic volume set to:", static_cast<long long>(value)));
-        storeKnob(world, gain.key);
+        sendMicVolume(world, gain, channel, value);
         saveState(world);
     }
     if (key == speaker.key)
@@ -190,8 +198,7 @@ void knob(World& world, const std::string& key, int value)
 
 void button(World& world, const std::string& key, bool on)
 {
-    switchMic(world, 1, key, on);
-    switchMic(world, 2, key, on);
+    switchMic(world, key, on);
     switchOutput(world, key, on);
     storeButton(world, key.c_str());
     saveState(world);
@@ -203,4 +210,8 @@ void readOuts(Panel& panel)
     panel.readOuts = {Text::level(panel.levels[0]), Text::level(panel.levels[1]), phone, phone};
 }
 
-} // namespace Oracle::Ka2
+} // namespace
+
+const Model ka2{"ka2", 2, build, restore, knob, button, readOuts};
+
+} // namespace Oracle

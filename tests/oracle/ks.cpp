@@ -2,7 +2,7 @@
 #include "oracle/panel.h"
 #include "oracle/text.h"
 
-namespace Oracle::Ks {
+namespace Oracle {
 
 using namespace PanelParts;
 
@@ -23,8 +23,6 @@ void sendVolume(World& world, int value)
         world.debug("Failed to set headphone volume.");
     storeKnob(world, volume.key);
 }
-
-} // namespace
 
 void build(World& world)
 {
@@ -56,9 +54,7 @@ void knob(World& world, const std::string& key, int value)
         sendVolume(world, value);
         return;
     }
-    Driver::setMicVolume(world, world.panel->device, 1, value * 2);
-    world.debug(Text::line("Mic volume set to:", static_cast<long long>(value)));
-    storeKnob(world, gain.key);
+    sendMicVolume(world, gain, 1, value);
 }
 
 void button(World& world, const std::string& key, bool on)
@@ -88,4 +84,8 @@ void readOuts(Panel& panel)
     panel.readOuts = {Text::level(panel.levels[0])};
 }
 
-} // namespace Oracle::Ks
+} // namespace
+
+const Model ks{"ks", 15, build, restore, knob, button, readOuts};
+
+} // namespace Oracle

@@ -6,6 +6,9 @@
 #include "oracle/settings.h"
 #include "oracle/text.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Oracle::MainWindow {
 
 namespace {
@@ -38,18 +41,15 @@ void watch(World& world)
     world.time.start(Timer::productId, 400);
 }
 
-/// False when the product id is none of the three.
-bool modelOf(std::uint32_t productId, Model& model)
+const Model* modelOf(std::uint32_t productId)
 {
-    if (productId != 1 && productId != 2 && productId != 15)
-        return false;
-    model = productId == 1 ? Model::ka1 : productId == 2 ? Model::ka2 : Model::ks;
-    return true;
+    const auto* const found = std::ranges::find(models, productId, &Model::productId);
+    return found == std::end(models) ? nullptr : *found;
 }
 
-std::string titleOf(Model model, const std::array<std::uint8_t, 10>& version)
+std::string titleOf(const Model& model, const std::array<std::uint8_t, 10>& version)
 {
-    std::string name = nameOf(model);
+    std::string name = model.name;
     for (char& letter : name) {
         if (letter >= 'a' && letter <= 'z')
             letter = static_cast<char>(letter - 'a' + 'A');
@@ -60,11 +60,11 @@ std::string titleOf(Model model, const std::array<std::uint8_t, 10>& version)
     return title;
 }
 
-void showModel(World& world, Model model, const Device& local)
+void showModel(World& world, const Model& model, const Device& local)
 {
     Settings::refreshFromDevice(world);
     buildPanel(world, model);
-    world.debug("Adding " + nameOf(model) + " widget to layout.");
+    world.debug(std::string("Adding ") + model.name + " widget to layout.");
     std::array<std::uint8_t, 10> version{};
     if (!Driver::readFirmware(world, local, version)) {
         world.debug("Failed to get firmware version.");
@@ -100,8 +100,8 @@ void detectDevice(World& world)
     if (window.productId == 0)
         return;
     clearLayout(world);
-    Model model = Model::ka1;
-    if (!modelOf(window.productId, model)) {
+    const Model* const model = modelOf(window.productId);
+    if (model == nullptr) {
         world.debug(Text::line("Unknown device PID:", number));
         window.labels = {"未知设备，请检查连接！"};
         keep(window, local);
@@ -113,7 +113,7 @@ void detectDevice(World& world)
         keep(window, local);
         return;
     }
-    showModel(world, model, local);
+    showModel(world, *model, local);
 }
 
 void checkProductId(World& world)

@@ -16,10 +16,10 @@ namespace Oracle {
 
 namespace {
 
-void retryPanel(World& world, Model model)
+void retryPanel(World& world, const Model& model)
 {
-    if (Files::retry(world, fileOf(model)) && world.panel && world.panel->model == model)
-        restorePanel(world);
+    if (Files::retry(world, model.file()) && world.panel && world.panel->model == &model)
+        model.restore(world);
 }
 
 void fire(World& world, Timer timer)
@@ -41,17 +41,15 @@ void fire(World& world, Timer timer)
         return Settings::otgOffThenOn(world);
     case Timer::otgOnAfterRateChange:
         return Settings::otgOnAfterRateChange(world);
-    case Timer::saveKa1:
-        return retryPanel(world, Model::ka1);
-    case Timer::saveKa2:
-        return retryPanel(world, Model::ka2);
-    case Timer::saveKs:
-        return retryPanel(world, Model::ks);
     case Timer::saveSettings:
         if (Files::retry(world, Settings::fileName))
             Settings::takeUpFile(world);
         return;
+    case Timer::savePanel:
+        break;
     }
+    const int index = static_cast<int>(timer) - static_cast<int>(Timer::savePanel);
+    retryPanel(world, *models[static_cast<std::size_t>(index)]);
 }
 
 void wait(World& world, long long milliseconds)

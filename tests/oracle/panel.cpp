@@ -9,64 +9,24 @@
 
 namespace Oracle {
 
-std::string nameOf(Model model)
-{
-    return model == Model::ka1 ? "ka1" : model == Model::ka2 ? "ka2" : "ks";
-}
-
-std::string fileOf(Model model)
-{
-    return nameOf(model) + ".ini";
-}
-
-void buildPanel(World& world, Model model)
+void buildPanel(World& world, const Model& model)
 {
     world.panel = std::make_unique<Panel>();
-    world.panel->model = model;
+    world.panel->model = &model;
     world.panel->mixer.assign(8288, 0.0);
-    if (model == Model::ka1)
-        Ka1::build(world);
-    else if (model == Model::ka2)
-        Ka2::build(world);
-    else
-        Ks::build(world);
+    model.build(world);
     if (world.panel->hasControls)
-        Files::restore(world, fileOf(model), [&] { restorePanel(world); });
-}
-
-void restorePanel(World& world)
-{
-    const Model model = world.panel->model;
-    if (model == Model::ka1)
-        Ka1::restore(world);
-    else if (model == Model::ka2)
-        Ka2::restore(world);
-    else
-        Ks::restore(world);
+        Files::restore(world, model.file(), [&] { model.restore(world); });
 }
 
 void knobAnnounces(World& world, const std::string& key)
 {
-    const int value = world.panel->knobs.at(key).value;
-    const Model model = world.panel->model;
-    if (model == Model::ka1)
-        Ka1::knob(world, key, value);
-    else if (model == Model::ka2)
-        Ka2::knob(world, key, value);
-    else
-        Ks::knob(world, key, value);
+    world.panel->model->knob(world, key, world.panel->knobs.at(key).value);
 }
 
 void buttonAnnounces(World& world, const std::string& key)
 {
-    const bool on = world.panel->buttons.at(key).on;
-    const Model model = world.panel->model;
-    if (model == Model::ka1)
-        Ka1::button(world, key, on);
-    else if (model == Model::ka2)
-        Ka2::button(world, key, on);
-    else
-        Ks::button(world, key, on);
+    world.panel->model->button(world, key, world.panel->buttons.at(key).on);
 }
 
 void setKnob(World& world, const std::string& key, long long value)
@@ -90,12 +50,7 @@ void updateReadOuts(World& world)
         world.debug("Failed to read meter data from driver.");
         return;
     }
-    if (panel.model == Model::ka1)
-        Ka1::readOuts(panel);
-    else if (panel.model == Model::ka2)
-        Ka2::readOuts(panel);
-    else
-        Ks::readOuts(panel);
+    panel.model->readOuts(panel);
 }
 
 namespace PanelParts {
@@ -104,12 +59,17 @@ bool openDevice(World& world, std::initializer_list<int> outputs)
 {
     Panel& panel = *world.panel;
     if (!Driver::open(world, panel.device)) {
-        world.debug("Failed to create device in " + nameOf(panel.model) + '.');
+        world.debug(std::string("Failed to create device in ") + panel.model->name + '.');
         return false;
     }
+    bool accepted = true; // By the last one: nobody asks about the others.
     for (const int channel : outputs)
-        Driver::setOutVolume(world, panel.device, channel, 100);
-    Files::open(world, fileOf(panel.model));
+        accepted = Driver::setOutVolume(world, panel.device, channel, 100);
+    if (!accepted) {
+        world.debug("Failed to set output volume.");
+        return false;
+    }
+    Files::open(world, panel.model->file());
     panel.hasControls = true;
     return true;
 }
@@ -139,26 +99,26 @@ void startReadOuts(World& world, std::size_t labels)
 
 void restoreKnob(World& world, const KnobTraits& traits)
 {
-    const IniFile file = Files::content(world, fileOf(world.panel->model));
+    const IniFile file = Files::content(world, world.panel->model->file());
     setKnob(world, traits.key, knobValue(file, traits.key, traits.missing));
 }
 
 void restoreButton(World& world, const char* key)
 {
-    const IniFile file = Files::content(world, fileOf(world.panel->model));
+    const IniFile file = Files::content(world, world.panel->model->file());
     setButton(world, key, buttonValue(file, key));
 }
 
 void storeKnob(World& world, const char* key)
 {
     const Panel& panel = *world.panel;
-    Files::store(world, fileOf(panel.model), key, std::to_string(panel.knobs.at(key).value));
+    Files::store(world, panel.model->file(), key, std::to_string(panel.knobs.at(key).value));
 }
 
 void storeButton(World& world, const char* key)
 {
     const Panel& panel = *world.panel;
-    Files::store(world, fileOf(panel.model), key, panel.buttons.at(key).on ? "true" : "false");
+    Files::store(world, panel.model->file(), key, panel.buttons.at(key).on ? "true" : "false");
 }
 
 void setCells(Panel& panel, std::initializer_list<std::size_t> cells, double gain)
@@ -170,6 +130,30 @@ void setCells(Panel& panel, std::initializer_list<std::size_t> cells, double gai
 bool sendMixer(World& world)
 {
     return Driver::writeMixer(world, world.panel->device, world.panel->mixer);
+}
+
+void sendSwitch(World& world, const SwitchTraits& traits, bool on, bool tellsState)
+{
+    std::string name = traits.command.name;
+    world.debug(tellsState ? Text::lineTruth(traits.clicked, on) : traits.clicked);
+    if (!Driver::set(world, world.panel->device, traits.command, traits.channel, on)) {
+        world.debug("Failed to switch " + name + '.');
+        return;
+    }
+    if (traits.captionWhenOn != nullptr)
+        world.panel->buttons.at(traits.button.key).caption =
+            on ? traits.captionWhenOn : traits.button.caption;
+    name.front() = 'M';
+    world.debug(name + " switched for channel 1."); // Whatever the channel.
+}
+
+void sendMicVolume(World& world, const KnobTraits& traits, int channel, int value)
+{
+    if (Driver::setMicVolume(world, world.panel->device, channel, value * 2))
+        world.debug(Text::line("Mic volume set to:", static_cast<long long>(value)));
+    else
+        world.debug("Failed to set mic volume.");
+    storeKnob(world, traits.key);
 }
 
 int level(const Output& output, int value)

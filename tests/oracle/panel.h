@@ -1,11 +1,31 @@
 #pragma once
 
+#include "oracle/driver.h"
 #include "oracle/world.h"
 
 namespace Oracle {
 
+/// What a model is, and what is its own.
+struct Model
+{
+    const char* name; ///< "ka1"
+    std::uint32_t productId;
+    void (*build)(World& world);
+    void (*restore)(World& world); ///< the controls from the file, in the model's order
+    void (*knob)(World& world, const std::string& key, int value);
+    void (*button)(World& world, const std::string& key, bool on);
+    void (*readOuts)(Panel& panel);
+
+    std::string file() const { return std::string(name) + ".ini"; }
+};
+
+extern const Model ka1;
+extern const Model ka2;
+extern const Model ks;
+inline constexpr const Model* models[] = {&ka1, &ka2, &ks};
+
 /// Builds the model's panel: its device, its controls, the replay of its file.
-void buildPanel(World& world, Model model);
+void buildPanel(World& world, const Model& model);
 
 /// What the panel does when a control announces its value.
 void knobAnnounces(World& world, const std::string& key);
@@ -15,14 +35,8 @@ void buttonAnnounces(World& world, const std::string& key);
 void setKnob(World& world, const std::string& key, long long value);
 void setButton(World& world, const std::string& key, bool on);
 
-/// Brings the controls to what their file says, in the model's order.
-void restorePanel(World& world);
-
 /// The read-out timer's turn.
 void updateReadOuts(World& world);
-
-std::string fileOf(Model model); ///< "ka1.ini"
-std::string nameOf(Model model); ///< "ka1"
 
 /// What the models have in common. The numbers and texts are each model's own.
 namespace PanelParts {
@@ -43,6 +57,16 @@ struct ButtonTraits
     const char* accent;
 };
 
+/// A button that sends a command for an input.
+struct SwitchTraits
+{
+    ButtonTraits button;
+    Driver::Switch command;
+    int channel;
+    const char* clicked;
+    const char* captionWhenOn = nullptr;
+};
+
 /// Opens the device and sets the output volumes. False when the panel stays empty.
 bool openDevice(World& world, std::initializer_list<int> outputs);
 /// Both in the order of Tab.
@@ -56,34 +80,13 @@ void storeKnob(World& world, const char* key);
 void storeButton(World& world, const char* key);
 void setCells(Panel& panel, std::initializer_list<std::size_t> cells, double gain);
 bool sendMixer(World& world);
+/// The state goes into the first line or is not told.
+void sendSwitch(World& world, const SwitchTraits& traits, bool on, bool tellsState);
+void sendMicVolume(World& world, const KnobTraits& traits, int channel, int value);
 /// The level of an output that is muted, dimmed or neither.
 int level(const Output& output, int value);
 std::int32_t phoneSample(const Panel& panel);
 
 } // namespace PanelParts
-
-namespace Ka1 {
-void build(World& world);
-void restore(World& world);
-void knob(World& world, const std::string& key, int value);
-void button(World& world, const std::string& key, bool on);
-void readOuts(Panel& panel);
-} // namespace Ka1
-
-namespace Ka2 {
-void build(World& world);
-void restore(World& world);
-void knob(World& world, const std::string& key, int value);
-void button(World& world, const std::string& key, bool on);
-void readOuts(Panel& panel);
-} // namespace Ka2
-
-namespace Ks {
-void build(World& world);
-void restore(World& world);
-void knob(World& world, const std::string& key, int value);
-void button(World& world, const std::string& key, bool on);
-void readOuts(Panel& panel);
-} // namespace Ks
 
 } // namespace Oracle

@@ -16,7 +16,7 @@ std::string truth(bool value)
 
 void addPanel(const Panel& panel, std::vector<std::string>& lines)
 {
-    lines.push_back("panel " + nameOf(panel.model));
+    lines.push_back(std::string("panel ") + panel.model->name);
     for (const auto& [key, knob] : panel.knobs)
         lines.push_back("knob " + key + ' ' + knob.shown());
     for (const auto& [key, button] : panel.buttons) {
@@ -82,7 +82,7 @@ bool filesEqualControls(const World& world)
         return false;
     if (!world.panel)
         return true;
-    const auto file = world.files.find(fileOf(world.panel->model));
+    const auto file = world.files.find(world.panel->model->file());
     const auto holds = [&](const std::string& key, const std::string& text) {
         const auto stored = file->second.find(key);
         return stored != file->second.end() && stored->second == text;
@@ -112,7 +112,7 @@ std::string situation(const World& world)
     if (!world.running)
         return "ended";
     const Timeline& time = world.time;
-    std::string text = world.panel ? nameOf(world.panel->model) : "none";
+    std::string text = world.panel ? world.panel->model->name : "none";
     if (world.panel && !world.panel->hasControls)
         text += " empty";
     for (const std::string& label : world.window.labels)

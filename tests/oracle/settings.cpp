@@ -159,6 +159,16 @@ void applySlowMode(World& world)
     save(world, slowMode, "USB慢速模式设置已保存：");
 }
 
+bool switchOtgOff(World& world)
+{
+    return succeeds(world, Driver::setOtgOff(world, device(world)), "关闭OTG芯片");
+}
+
+bool switchOtgOn(World& world)
+{
+    return succeeds(world, Driver::setOtgOn(world, device(world)), "开启OTG芯片");
+}
+
 void showStored(World& world)
 {
     for (const Choice choice : {latency, bufferSize, slowMode, sampleRate})
@@ -240,27 +250,26 @@ void refreshFromDevice(World& world)
 
 void otgOffThenInit(World& world)
 {
-    Driver::setOtgOff(world, device(world));
-    world.time.startOnce(Timer::initAfterOtg, 200);
+    if (switchOtgOff(world))
+        world.time.startOnce(Timer::initAfterOtg, 200);
 }
 
 void initAfterOtg(World& world)
 {
-    Driver::setOtgOn(world, device(world));
-    if (act(world, Code::initAudio, "初始化音频"))
+    if (switchOtgOn(world) && act(world, Code::initAudio, "初始化音频"))
         world.debug("设置初始化完成");
 }
 
 void otgOffThenOn(World& world)
 {
-    Driver::setOtgOff(world, device(world));
-    world.time.startOnce(Timer::otgOnAfterRateChange, 200);
+    if (switchOtgOff(world))
+        world.time.startOnce(Timer::otgOnAfterRateChange, 200);
 }
 
 void otgOnAfterRateChange(World& world)
 {
-    Driver::setOtgOn(world, device(world));
-    world.debug("设置采样频率完成");
+    if (switchOtgOn(world))
+        world.debug("设置采样频率完成");
 }
 
 void updateUsbErrors(World& world)

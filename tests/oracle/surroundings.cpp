@@ -18,12 +18,13 @@ std::uint32_t number(const Action& action, std::size_t index)
     return static_cast<std::uint32_t>(action.number(index));
 }
 
-/// fail|delay|short CODE COUNT SKIP VALUE
+/// fail|delay|short|throw CODE COUNT SKIP VALUE
 void addFault(Interface& interface, const Action& action)
 {
     const auto kind = action.verb == "fail"    ? Fault::Kind::fail
                       : action.verb == "delay" ? Fault::Kind::delay
-                                               : Fault::Kind::shorten;
+                      : action.verb == "short" ? Fault::Kind::shorten
+                                               : Fault::Kind::raise;
     interface.addFault({kind, number(action, 0), count(action, 1),
                         static_cast<int>(action.number(2)), number(action, 3)});
 }
@@ -65,7 +66,8 @@ bool apply(Interface& interface, const Action& action)
         interface.plug(number(action, 0), static_cast<int>(action.number(1)));
     else if (action.verb == "unplug")
         interface.unplug();
-    else if (action.verb == "fail" || action.verb == "delay" || action.verb == "short")
+    else if (action.verb == "fail" || action.verb == "delay" || action.verb == "short" ||
+             action.verb == "throw")
         addFault(interface, action);
     else if (action.verb == "failopen")
         interface.failOpens(count(action, 0), number(action, 1),

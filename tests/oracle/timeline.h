@@ -13,10 +13,8 @@ enum class Timer {
     initAfterOtg,
     otgOffThenOn,
     otgOnAfterRateChange,
-    saveKa1,
-    saveKa2,
-    saveKs,
     saveSettings,
+    savePanel, ///< of the first model; those of the others follow
 };
 
 /// The clock and the timers that run, in whole milliseconds. Timers that are due at the same

@@ -31,7 +31,7 @@ struct Device
     bool isOpen() const { return handle != 0; }
 };
 
-enum class Model { ka1, ka2, ks };
+struct Model;
 
 struct Knob
 {
@@ -71,7 +71,7 @@ struct Output
 
 struct Panel
 {
-    Model model = Model::ka1;
+    const Model* model = nullptr;
     Device device;
     bool hasControls = false;
     std::map<std::string, Knob> knobs;

@@ -2,6 +2,7 @@
 
 #include "oracle/action.h"
 
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
@@ -19,7 +20,8 @@ struct Coverage
 {
     long long sequences = 0;
     long long actions = 0;
-    std::set<std::string> pairs; ///< situation and verb
+    std::set<std::string> pairs;      ///< situation and verb
+    std::set<std::uint32_t> hitCodes; ///< of the requests that a fault has hit
     /// The last sequence ended, or was about to, with a whole panel at work.
     bool recovered = false;
     /// The files then held what its controls and the dialog showed.

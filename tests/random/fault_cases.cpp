@@ -75,7 +75,7 @@ std::vector<MatrixCase> faultCases()
     constexpr std::pair<const char*, Make> moments[] = {
         {"arrival", duringArrival}, {"use", duringUse}, {"removal", duringRemoval}};
     std::vector<MatrixCase> cases;
-    for (const Model& model : Scene::models()) {
+    for (const Model& model : Scene::models) {
         for (const auto& [moment, make] : moments) {
             for (const Action& fault : faults()) {
                 cases.push_back({std::string(model.name) + ' ' + moment + ' ' + toText(fault),

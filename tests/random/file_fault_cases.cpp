@@ -138,9 +138,9 @@ private:
 std::vector<MatrixCase> fileFaultCases()
 {
     std::vector<MatrixCase> list;
-    for (std::size_t i = 0; i < models().size(); ++i) {
-        const Model& model = models()[i];
-        const Model& next = models()[(i + 1) % models().size()];
+    for (std::size_t i = 0; i < std::size(models); ++i) {
+        const Model& model = models[i];
+        const Model& next = models[(i + 1) % std::size(models)];
         for (const Action& trouble : troubles(model.name)) {
             Cases cases(model, trouble, list);
             cases.add();

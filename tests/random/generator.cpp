@@ -3,6 +3,7 @@
 #include "oracle/codes.h"
 #include "oracle/oracle.h"
 #include "oracle/text.h"
+#include "support/panel_table.h"
 
 #include <iterator>
 #include <limits>
@@ -255,20 +256,17 @@ std::string Generator::anyIni(const std::string& name)
                 "\nSlowMode=" + oneOf({"Enabled", "Disabled", "enabled", "1"}) + '\n';
         return text;
     }
-    text += "[Dial]\n";
-    for (const char* key : {"MicValue", "Mic1Value", "Mic2Value", "HeadphoneValue", "SpeakerValue",
-                            "OtgToHpValue", "OtgToSPValue"}) {
-        if (chance(50))
-            text += key + ('=' + anyValue()) + '\n';
-    }
-    text += "[Button]\n";
-    for (const char* key :
-         {"MicInstrIsChecked", "Mic20dBIsChecked", "Mic48VIsChecked", "MonitorMicIsChecked",
-          "HeadphoneMuteIsChecked", "HeadphoneDimIsChecked", "SpeakerMuteIsChecked",
-          "SpeakerDimIsChecked", "Mic148VIsChecked", "MonitorMic2IsChecked"}) {
-        if (chance(50))
-            text +=
-                key + ('=' + (chance(60) ? oneOf({"true", "false", "1", "0"}) : anyValue())) + '\n';
+    for (const PanelTable::Model& model : PanelTable::models) {
+        if (name != model.name + std::string(".ini"))
+            continue;
+        for (const PanelTable::Control& control : model.controls) {
+            const std::string key = control.key;
+            if (control.isReadOut() || chance(50))
+                continue;
+            const bool isPlain = control.isButton() && chance(60);
+            text += (control.isKnob() ? "[Dial]\n" : "[Button]\n") + key.substr(key.find('/') + 1) +
+                    '=' + (isPlain ? oneOf({"true", "false", "1", "0"}) : anyValue()) + '\n';
+        }
     }
     return text;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
 /// Folders of this process' own for its settings, its temporary files and its programs, removed at
@@ -13,5 +15,8 @@ private:
     void pointTo(const char* variable, const QString& folder) const;
     void addCommandInterpreter() const;
 
-    QTemporaryDir home;
+    /// In memory where there is a place for it: each change of a control is a file written anew.
+    QTemporaryDir home{QFile::exists(QStringLiteral("/dev/shm"))
+                           ? QStringLiteral("/dev/shm/quorvel-random-XXXXXX")
+                           : QDir::tempPath() + QStringLiteral("/quorvel-random-XXXXXX")};
 };

@@ -1,15 +1,19 @@
+#include "oracle/codes.h"
 #include "random/comparison.h"
 #include "random/generator.h"
 #include "random/harness.h"
+#include "random/kept_cases.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 
 #include <cstdio>
 
-// random_sequences_test [--seed N] [--sequences N] [--seconds N] [--length N] [--quick] [FILE...]
-// Runs the sequences of the files, or made-up ones, and reports where program and oracle part;
-// with --quick it ends at the first such place and does not look for a shorter way there.
+// random_sequences_test [--seed N] [--sequences N] [--seconds N] [--length N] [--quick]
+// random_sequences_test [--kept] FILE...
+// Runs made-up sequences, or those of the files and the kept ones, and reports where program and
+// oracle part; with --quick it ends at the first such place and does not look for a shorter way
+// there.
 
 namespace {
 
@@ -20,6 +24,7 @@ struct Options
     int length = 60;
     int seconds = 0; ///< when set, as many sequences as fit
     bool quick = false;
+    bool kept = false;
     QStringList files;
 };
 
@@ -34,6 +39,10 @@ Options parse(const QStringList& arguments)
         }
         if (name == QLatin1String("--quick")) {
             options.quick = true;
+            continue;
+        }
+        if (name == QLatin1String("--kept")) {
+            options.kept = true;
             continue;
         }
         const auto number = arguments.value(++i).toULongLong();
@@ -60,9 +69,28 @@ void report(const std::vector<Oracle::Action>& sequence, const Difference& diffe
     std::fflush(stdout);
 }
 
-int runFiles(const Options& options, Coverage& coverage)
+/// Tells of the codes that no fault has hit: the kept sequences leave out none.
+int runKept(Coverage& coverage)
 {
     int failures = 0;
+    for (const MatrixCase& kept : keptCases()) {
+        if (const auto difference = compare(kept.sequence, coverage)) {
+            std::printf("%s\n%s\n", kept.name.c_str(), difference->report.c_str());
+            ++failures;
+        }
+    }
+    for (const std::uint32_t code : Oracle::Code::all) {
+        if (!coverage.hitCodes.contains(code)) {
+            std::printf("%x was never refused\n", code);
+            ++failures;
+        }
+    }
+    return failures;
+}
+
+int runFiles(const Options& options, Coverage& coverage)
+{
+    int failures = options.kept ? runKept(coverage) : 0;
     for (const QString& name : options.files) {
         QFile file(name);
         if (!file.open(QIODevice::ReadOnly)) {
@@ -112,8 +140,8 @@ int main(int argc, char** argv)
     return runHarness(argc, argv, [](const QStringList& arguments) {
         const Options options = parse(arguments);
         Coverage coverage;
-        const int failures =
-            options.files.isEmpty() ? runSeeds(options, coverage) : runFiles(options, coverage);
+        const int failures = options.files.isEmpty() && !options.kept ? runSeeds(options, coverage)
+                                                                      : runFiles(options, coverage);
         std::printf(
             "%lld sequences, %lld actions, %zu pairs of situation and action, %d failures\n",
             coverage.sequences, coverage.actions, coverage.pairs.size(), failures);

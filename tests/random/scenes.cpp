@@ -1,5 +1,8 @@
 #include "random/scenes.h"
 
+#include <string>
+
+using Oracle::Action;
 using Oracle::parseSequence;
 
 namespace {
@@ -16,53 +19,9 @@ constexpr const char* dialogUse = "tray setup\n"
                                   "dialog ok\n"
                                   "wait 450\n";
 
-constexpr Scene::Model allModels[] = {
-    {"ka1",
-     "wheel Dial/MicValue up\n"
-     "wheel Dial/HeadphoneValue up\n"
-     "wheel Dial/OtgToHpValue down\n"
-     "click Button/MicInstrIsChecked\n"
-     "click Button/Mic20dBIsChecked\n"
-     "click Button/Mic48VIsChecked\n"
-     "click Button/MonitorMicIsChecked\n"
-     "click Button/HeadphoneMuteIsChecked\n"
-     "click Button/HeadphoneDimIsChecked\n",
-     "1"},
-    {"ka2",
-     "wheel Dial/Mic1Value up\n"
-     "wheel Dial/Mic2Value up\n"
-     "wheel Dial/SpeakerValue up\n"
-     "wheel Dial/HeadphoneValue up\n"
-     "wheel Dial/OtgToHpValue down\n"
-     "wheel Dial/OtgToSPValue down\n"
-     "click Button/Mic120dBIsChecked\n"
-     "click Button/Mic148VIsChecked\n"
-     "click Button/MonitorMic1IsChecked\n"
-     "click Button/Mic220dBIsChecked\n"
-     "click Button/Mic248VIsChecked\n"
-     "click Button/MonitorMic2IsChecked\n"
-     "click Button/SpeakerMuteIsChecked\n"
-     "click Button/SpeakerDimIsChecked\n"
-     "click Button/HeadphoneMuteIsChecked\n"
-     "click Button/HeadphoneDimIsChecked\n",
-     "2"},
-    {"ks",
-     "wheel Dial/MicValue up\n"
-     "wheel Dial/HeadphoneValue up\n"
-     "click Button/MonitorMicIsChecked\n"
-     "click Button/HeadphoneMuteIsChecked\n"
-     "click Button/HeadphoneDimIsChecked\n",
-     "15"},
-};
-
 } // namespace
 
 namespace Scene {
-
-std::span<const Model> models()
-{
-    return allModels;
-}
 
 void append(Actions& sequence, const Actions& more)
 {
@@ -71,7 +30,7 @@ void append(Actions& sequence, const Actions& more)
 
 Actions plug(const Model& model)
 {
-    return {{"plug", {model.productId, "0"}}, {"wait", {"1700"}}};
+    return {{"plug", {std::to_string(model.productId), "0"}}, {"wait", {"1700"}}};
 }
 
 Actions lose()
@@ -79,9 +38,20 @@ Actions lose()
     return {{"unplug", {}}, {"wait", {"1700"}}};
 }
 
+Action use(const Control& control)
+{
+    return control.isKnob() ? Action{"wheel", {control.key, "up", "rim"}}
+                            : Action{"click", {control.key}};
+}
+
 Actions usePanel(const Model& model)
 {
-    return parseSequence(model.use);
+    Actions sequence;
+    for (const Control& control : model.controls) {
+        if (!control.isReadOut())
+            sequence.push_back(use(control));
+    }
+    return sequence;
 }
 
 Actions useDialog()

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "oracle/action.h"
+#include "support/panel_table.h"
 
-#include <span>
 #include <vector>
 
 /// Stretches of a user's day of which sequences are put together.
@@ -10,14 +10,9 @@ namespace Scene {
 
 using Actions = std::vector<Oracle::Action>;
 
-struct Model
-{
-    const char* name;
-    const char* use; ///< a hand on every control
-    const char* productId;
-};
-
-std::span<const Model> models();
+using PanelTable::Control;
+using PanelTable::Model;
+using PanelTable::models;
 
 void append(Actions& sequence, const Actions& more);
 
@@ -27,6 +22,8 @@ Actions begin();
 Actions plug(const Model& model);
 /// The interface goes, and the panel with it.
 Actions lose();
+/// A hand on that control: a step up, or a click.
+Oracle::Action use(const Control& control);
 /// A hand on every control of the panel.
 Actions usePanel(const Model& model);
 /// A hand on every choice of the dialog.

@@ -98,9 +98,9 @@ void addMoments(std::vector<MatrixCase>& cases, const Model& model, const std::s
 std::vector<MatrixCase> timingCases()
 {
     std::vector<MatrixCase> cases;
-    for (const Model& model : Scene::models()) {
-        addMoments(cases, model, "arrival", Scene::begin(), {{"plug", {model.productId, "0"}}},
-                   arrivalLasts);
+    for (const Model& model : Scene::models) {
+        addMoments(cases, model, "arrival", Scene::begin(),
+                   {{"plug", {std::to_string(model.productId), "0"}}}, arrivalLasts);
         for (const Course& course : courses) {
             Actions before = Scene::begin();
             append(before, Scene::plug(model));

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -182,6 +183,8 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputLength,
     const Oracle::Answer answer = VirtualPlatform::interface().ask(request);
     VirtualFiles::update();
     VirtualTime::instance().pass(answer.delayMs);
+    if (answer.throws)
+        throw std::runtime_error("no paper");
     std::ranges::copy(answer.bytes, static_cast<std::uint8_t*>(output));
     *returned = static_cast<DWORD>(answer.bytes.size());
     return result(answer.error);
