@@ -21,31 +21,20 @@ private:
 
 namespace {
 
-QMap<QString, QString> mixedState(const QString& model)
+/// Every other button on, and no two knobs alike. Gains go up from zero, levels down.
+QMap<QString, QString> mixedState(const PanelTable::Model& model)
 {
-    if (model == QLatin1String("ka1"))
-        return {{"Dial/MicValue", "21"},
-                {"Button/MicInstrIsChecked", "true"},
-                {"Button/Mic48VIsChecked", "true"},
-                {"Dial/HeadphoneValue", "-12"},
-                {"Button/HeadphoneDimIsChecked", "true"},
-                {"Dial/OtgToHpValue", "-30"}};
-    if (model == QLatin1String("ka2"))
-        return {{"Dial/Mic1Value", "20"},
-                {"Dial/Mic2Value", "56"},
-                {"Button/Mic148VIsChecked", "true"},
-                {"Button/Mic220dBIsChecked", "true"},
-                {"Button/MonitorMic1IsChecked", "true"},
-                {"Dial/SpeakerValue", "-6"},
-                {"Button/SpeakerMuteIsChecked", "true"},
-                {"Dial/HeadphoneValue", "-24"},
-                {"Button/HeadphoneDimIsChecked", "true"},
-                {"Dial/OtgToSPValue", "-40"},
-                {"Dial/OtgToHpValue", "6"}};
-    return {{"Dial/MicValue", "30"},
-            {"Button/MonitorMicIsChecked", "true"},
-            {"Dial/HeadphoneValue", "0"},
-            {"Button/HeadphoneMuteIsChecked", "true"}};
+    QMap<QString, QString> state;
+    int step = 0;
+    bool isOn = false;
+    for (const PanelTable::Control& control : model.controls) {
+        const bool isGain = control.text == std::string_view("<Gain>");
+        if (control.isKnob())
+            state.insert(control.key, QString::number(++step * (isGain ? 15 : -8)));
+        else if (control.isButton())
+            state.insert(control.key, (isOn = !isOn) ? "true" : "false");
+    }
+    return state;
 }
 
 } // namespace
@@ -60,27 +49,22 @@ void PanelsImageTest::initTestCase()
 
 void PanelsImageTest::panels_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<std::uint32_t>("productId");
+    QTest::addColumn<PanelTable::Model>("model");
     QTest::addColumn<double>("pixelRatio");
-    const auto rows = [](const char* model, std::uint32_t productId) {
-        QTest::addRow("panel-%s@1x", model) << QString(model) << productId << 1.0;
-        QTest::addRow("panel-%s@2x", model) << QString(model) << productId << 2.0;
-    };
-    rows("ka1", SimulatorControl::ka1);
-    rows("ka2", SimulatorControl::ka2);
-    rows("ks", SimulatorControl::ks);
+    for (const PanelTable::Model& model : PanelTable::models) {
+        QTest::addRow("panel-%s@1x", model.name) << model << 1.0;
+        QTest::addRow("panel-%s@2x", model.name) << model << 2.0;
+    }
 }
 
 void PanelsImageTest::panels()
 {
-    QFETCH(const QString, model);
-    QFETCH(const std::uint32_t, productId);
+    QFETCH(const PanelTable::Model, model);
     QFETCH(const double, pixelRatio);
-    fixture.plug(productId);
+    fixture.plug(model.productId);
     fixture.simulated.control().setLevels({107374182, 10737418, 214748364, 214748364});
-    IniFile::write(model + ".ini", mixedState(model));
-    fixture.start(model);
+    IniFile::write(QString(model.name) + ".ini", mixedState(model));
+    fixture.start(model.name);
     fixture.settle();
     QTRY_COMPARE_WITH_TIMEOUT(fixture.readOuts().constFirst(), QString("-26.0 dB"), 5000);
     // As a window of its own, the panel gave the focus to its first control.

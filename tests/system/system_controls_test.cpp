@@ -1,3 +1,4 @@
+#include "support/panel_table.h"
 #include "support/test_main.h"
 #include "system/desktop/picture_search.h"
 #include "system/desktop/system_test.h"
@@ -229,9 +230,11 @@ void SystemControls::everyControl_data()
     QTest::addColumn<QString>("model");
     QTest::addColumn<int>("knobCount");
     QTest::addColumn<int>("buttonCount");
-    QTest::newRow("KA1") << QStringLiteral("ka1") << 3 << 6;
-    QTest::newRow("KA2") << QStringLiteral("ka2") << 6 << 10;
-    QTest::newRow("KS") << QStringLiteral("ks") << 2 << 3;
+    using PanelTable::Control;
+    for (const PanelTable::Model& model : PanelTable::models) {
+        QTest::newRow(model.name) << QString(model.name) << model.count(&Control::isKnob)
+                                  << model.count(&Control::isButton);
+    }
 }
 
 void SystemControls::everyControl()

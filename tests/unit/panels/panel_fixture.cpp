@@ -1,30 +1,13 @@
 #include "panel_fixture.h"
 
-#include "controls/button.h"
-#include "controls/knob.h"
+#include "controls/read_out.h"
 #include "support/settings_files.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QLabel>
 #include <QStandardPaths>
 #include <QTest>
 #include <QWheelEvent>
-
-namespace {
-
-QList<QLabel*> readOutLabels(const QWidget& panel)
-{
-    QList<QLabel*> found;
-    const auto labels = panel.findChildren<QLabel*>();
-    for (QLabel* candidate : labels) {
-        if (candidate->styleSheet().contains(QLatin1String("8px")))
-            found.append(candidate);
-    }
-    return found;
-}
-
-} // namespace
 
 void PanelFixture::plug(std::uint32_t productId)
 {
@@ -54,48 +37,21 @@ void PanelFixture::settle()
     log().clear();
 }
 
-Knob* PanelFixture::knob(const char* key) const
-{
-    auto* found = panel->findChild<Knob*>(QLatin1String(key));
-    if (found == nullptr)
-        qFatal("no knob %s", key);
-    return found;
-}
-
-Button* PanelFixture::button(const char* key) const
-{
-    auto* found = panel->findChild<Button*>(QLatin1String(key));
-    if (found == nullptr)
-        qFatal("no button %s", key);
-    return found;
-}
-
-QLabel* PanelFixture::label(int index) const
-{
-    return readOutLabels(*panel).value(index);
-}
-
 QStringList PanelFixture::readOuts() const
 {
     QStringList texts;
-    const auto labels = readOutLabels(*panel);
-    for (const QLabel* readOut : labels)
+    for (const ReadOut* readOut : panel->findChildren<ReadOut*>())
         texts.append(readOut->text());
     return texts;
 }
 
 void PanelFixture::wheel(const char* key, bool up)
 {
-    Knob* target = knob(key);
+    auto* const target = panel->findChild<QWidget*>(QLatin1String(key));
     const QPointF centre = target->rect().center();
     QWheelEvent event(centre, target->mapToGlobal(centre), QPoint(), QPoint(0, up ? 120 : -120),
                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(target, &event);
-}
-
-void PanelFixture::click(const char* key)
-{
-    QTest::mouseClick(button(key), Qt::LeftButton);
 }
 
 QStringList PanelFixture::takeTrace()
@@ -107,8 +63,7 @@ QStringList PanelFixture::takeTrace()
 
 void addModelRows()
 {
-    QTest::addColumn<std::uint32_t>("productId");
-    QTest::newRow("ka1") << SimulatorControl::ka1;
-    QTest::newRow("ka2") << SimulatorControl::ka2;
-    QTest::newRow("ks") << SimulatorControl::ks;
+    QTest::addColumn<PanelTable::Model>("model");
+    for (const PanelTable::Model& model : PanelTable::models)
+        QTest::newRow(model.name) << model;
 }

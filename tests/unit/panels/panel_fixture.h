@@ -3,6 +3,7 @@
 #include "panel_models.h"
 #include "support/debug_log.h"
 #include "support/ini_file.h"
+#include "support/panel_table.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/trace_text.h"
@@ -12,10 +13,6 @@
 #include <iostream>
 #include <memory>
 #include <optional>
-
-class Button;
-class Knob;
-class QLabel;
 
 /// A simulated interface with a model plugged in, the model's INI file and one panel on it. The
 /// panel's device is always handle 1.
@@ -31,29 +28,16 @@ public:
     /// A fresh simulated interface of this product id without any INI file.
     void plug(std::uint32_t productId);
 
-    /// Builds a panel; the one before is gone first.
-    template <typename Model> void start()
-    {
-        panel.reset();
-        simulated.control().clearTrace();
-        log().clear();
-        panel = std::make_unique<Model>(nullptr);
-    }
-
-    /// The same by the model's name.
+    /// Builds the model's panel; the one before is gone first.
     void start(const QString& model);
 
     /// Shows the panel, forgets the trace and the log so far.
     void settle();
 
-    Knob* knob(const char* key) const;
-    Button* button(const char* key) const;
-    QLabel* label(int index) const; ///< read-outs in the order of the layout
-    QStringList readOuts() const;   ///< the texts of all of them
+    QStringList readOuts() const; ///< their texts in the order of the layout
 
     /// One notch of a real wheel over the knob, upwards or downwards.
     void wheel(const char* key, bool up);
-    void click(const char* key);
 
     /// The trace since the last call without the meter reads, which come by the clock.
     QStringList takeTrace();
@@ -63,5 +47,6 @@ private:
     StreamCapture<wchar_t> wideOutput{std::wcout};
 };
 
-/// A row for each model, tagged with its name, in the column "productId".
+/// A row for each model of the table, tagged with its name, in the column "model".
 void addModelRows();
+Q_DECLARE_METATYPE(PanelTable::Model)

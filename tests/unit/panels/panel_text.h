@@ -7,9 +7,6 @@ class QWidget;
 /// A panel told in words.
 namespace PanelText {
 
-/// The layout as an indented tree with one line for each layout, widget and stretch.
-QStringList tree(const QWidget& panel);
-
 /// The texts of the labels and buttons in the order of the layout.
 QStringList texts(const QWidget& panel);
 
