@@ -2,6 +2,7 @@
 
 import glob
 import os
+import signal
 import tempfile
 import time
 import uuid
@@ -47,6 +48,10 @@ class Room:
     """A temporary folder and a mark in the environment of everything that is started there."""
 
     def __init__(self):
+        # Below nohup and in a script's background they are ignored, and would be by all started here.
+        for one in (signal.SIGINT, signal.SIGHUP):
+            if signal.getsignal(one) == signal.SIG_IGN:
+                signal.signal(one, signal.SIG_DFL)
         self.folder = tempfile.TemporaryDirectory(prefix="quorvel-scripts-")
         self.mark = "QUORVEL_TEST_MARK=" + uuid.uuid4().hex
         name, _, value = self.mark.partition("=")
