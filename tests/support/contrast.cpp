@@ -25,8 +25,12 @@ QHash<QRgb, int> colorsIn(const QImage& picture, const QRect& part)
 {
     QHash<QRgb, int> colors;
     for (int y = part.top(); y <= part.bottom(); ++y) {
-        for (int x = part.left(); x <= part.right(); ++x)
-            ++colors[picture.pixel(x, y)];
+        const auto* line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+        for (int x = part.left(), next = x; x <= part.right(); x = next) {
+            while (next <= part.right() && line[next] == line[x])
+                ++next;
+            colors[line[x]] += next - x;
+        }
     }
     return colors;
 }

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 #include <linux/capability.h>
 #include <sys/syscall.h>
@@ -49,6 +50,15 @@ private:
     QFile::Permissions before;
 };
 
+/// The file's folder, which must be the settings folder: any other has files of other programs.
+QString ownFolder(const QString& file)
+{
+    const QString folder = QFileInfo(file).path();
+    if (folder != QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
+        qFatal("%s is not in the settings folder", qPrintable(file));
+    return folder;
+}
+
 constexpr QFile::Permissions writing =
     QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup | QFile::WriteOther;
 constexpr QFile::Permissions reading =
@@ -64,7 +74,7 @@ struct ReadOnly::Refusal
 };
 
 ReadOnly::ReadOnly(const QString& file)
-    : refusal(new Refusal{{}, {file, writing}, {QFileInfo(file).path(), writing}})
+    : refusal(new Refusal{{}, {file, writing}, {ownFolder(file), writing}})
 {
     if (QFile(file).open(QFile::ReadWrite | QFile::ExistingOnly))
         qFatal("%s can still be written", qPrintable(file));

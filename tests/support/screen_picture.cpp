@@ -1,6 +1,8 @@
 #include "support/screen_picture.h"
 
 #include <QBackingStore>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QPixmapCache>
 #include <QWidget>
 
@@ -27,8 +29,12 @@ QImage wholePixels(const QImage& image, QSize size)
 
 } // namespace
 
-QImage ScreenPicture::of(const QWidget& window)
+QImage ScreenPicture::of(QWidget& window)
 {
+    // At once: the platform would say a few milliseconds later that there is something to paint.
+    QCoreApplication::sendPostedEvents();
+    QEvent due(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(&window, &due);
     const auto* painted = dynamic_cast<const QImage*>(window.backingStore()->paintDevice());
     return painted == nullptr ? QImage() : wholePixels(*painted, window.size());
 }

@@ -9,7 +9,8 @@ class QWidget;
 /// lower edge of which it has only a part.
 namespace ScreenPicture {
 
-QImage of(const QWidget& window);
+/// With all that is due by now.
+QImage of(QWidget& window);
 
 /// The same painted in one go, without what the toolkit's cache of pictures holds. The window stays
 /// as it is.

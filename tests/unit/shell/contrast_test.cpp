@@ -29,8 +29,6 @@ private slots:
     void definition();
     void panels_data();
     void panels();
-    void knobEditor_data() { addDesktops(); }
-    void knobEditor();
     void statusLine_data() { addDesktops(); }
     void statusLine();
     void dialog_data() { addDesktops(); }
@@ -44,7 +42,7 @@ private slots:
 
 private:
     static void addDesktops();
-    void showPanel(std::uint32_t productId);
+    void knobEditor();
 
     QPalette usual;
 };
@@ -185,13 +183,6 @@ void ContrastTest::addDesktops()
     }
 }
 
-void ContrastTest::showPanel(std::uint32_t productId)
-{
-    QVERIFY(WindowStage::showPanel(productId));
-    // Where a knob's text is, it knows when it has painted it.
-    window->grab();
-}
-
 void ContrastTest::definition()
 {
     QCOMPARE(Contrast::between(qRgb(0, 0, 0), qRgb(255, 255, 255)), 21.0);
@@ -204,18 +195,17 @@ void ContrastTest::panels_data()
 {
     QTest::addColumn<std::uint32_t>("productId");
     for (const char* style : {"fusion", "windows"}) {
-        for (const char* colors : {"usual", "white on black", "black on white", "odd"}) {
-            QTest::addRow("%s, %s, ka1", colors, style) << SimulatorControl::ka1;
+        for (const char* colors : {"usual", "white on black", "black on white", "odd"})
             QTest::addRow("%s, %s, ka2", colors, style) << SimulatorControl::ka2;
-            QTest::addRow("%s, %s, ks", colors, style) << SimulatorControl::ks;
-        }
+        QTest::addRow("odd, %s, ka1", style) << SimulatorControl::ka1;
+        QTest::addRow("odd, %s, ks", style) << SimulatorControl::ks;
     }
 }
 
 void ContrastTest::panels()
 {
     QFETCH(const std::uint32_t, productId);
-    showPanel(productId);
+    QVERIFY(showPanel(productId));
     const QMap<QString, QString> accents{{"#00ff7f", "button, green"},
                                          {"#ff7f00", "button, orange"},
                                          {"#ff1111", "button, red"},
@@ -239,12 +229,12 @@ void ContrastTest::panels()
                            Contrast::ofText(picture, *label, label->rect())),
                  QString());
     }
+    knobEditor();
 }
 
 void ContrastTest::knobEditor()
 {
-    showPanel(SimulatorControl::ka1);
-    auto* knob = window->findChild<Knob*>("Dial/MicValue");
+    auto* knob = window->findChild<Knob*>();
     QTest::mouseDClick(knob, Qt::LeftButton, {}, knob->textRect.center());
     QLineEdit& editor = *knob->editor;
     QVERIFY(editor.hasSelectedText());
@@ -264,8 +254,7 @@ void ContrastTest::knobEditor()
 
 void ContrastTest::statusLine()
 {
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(show(*window));
     auto* label = window->findChild<QLabel*>();
     QCOMPARE(offFigure("title or caption",
                        Contrast::ofText(Contrast::enlarged(*window), *label, label->rect())),
@@ -278,8 +267,7 @@ void ContrastTest::dialog()
     QVERIFY(settings->connectDevice());
     simulated.control().setErrorCount(3);
     settings->updateUsbErrorCount();
-    settings->show();
-    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QVERIFY(show(*settings));
     const QImage picture = Contrast::enlarged(*settings);
     for (const QLabel* label : settings->findChildren<QLabel*>()) {
         const QString style = label->styleSheet();
@@ -301,11 +289,10 @@ void ContrastTest::dialog()
 
 void ContrastTest::lists()
 {
-    settings->show();
-    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QVERIFY(show(*settings));
     for (QComboBox* combo : settings->findChildren<QComboBox*>()) {
         combo->showPopup();
-        QTRY_VERIFY(combo->view()->isVisible());
+        QVERIFY(combo->view()->isVisible());
         for (int row = 0; row < combo->count(); ++row) {
             const QModelIndex index = combo->model()->index(row, 0);
             const QRect place = combo->view()->visualRect(index);
@@ -332,7 +319,7 @@ void ContrastTest::messageBox()
 {
     double text = 0;
     double button = 0;
-    QTimer::singleShot(100, this, [&] {
+    QTimer::singleShot(0, this, [&] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr)
             return;

@@ -25,6 +25,7 @@ constexpr const char* pad = "Button/Mic120dBIsChecked";
 constexpr const char* phantom = "Button/Mic148VIsChecked";
 constexpr const char* last = "Dial/OtgToHpValue";
 constexpr int start = 20;
+constexpr int patience = 30000; ///< milliseconds
 
 const QList<Qt::Key> allButTab{Qt::Key_End,   Qt::Key_Home,   Qt::Key_Up,       Qt::Key_Down,
                                Qt::Key_Left,  Qt::Key_Right,  Qt::Key_PageUp,   Qt::Key_PageDown,
@@ -35,7 +36,7 @@ bool activate(QWidget& window)
 {
     requestActivation(window);
     return QTest::qWaitFor(
-        [&] { return window.isActiveWindow() && window.windowHandle()->isActive(); }, 30000);
+        [&] { return window.isActiveWindow() && window.windowHandle()->isActive(); }, patience);
 }
 
 } // namespace
@@ -103,7 +104,7 @@ void KeyboardPolicyTest::init()
     window->hide();
     window->show();
     QVERIFY(activate(*window));
-    QTRY_VERIFY(!knob(gain).textRect.isNull());
+    QTRY_VERIFY_WITH_TIMEOUT(!knob(gain).textRect.isNull(), patience);
     knob(gain).setValue(start);
     button(phantom).setOn(false);
     takeHeard();
@@ -115,7 +116,6 @@ void KeyboardPolicyTest::makePanel()
     simulated.control().plug(SimulatorControl::ka2);
     window->detectDevice();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    stopClocks(*window);
     for (QWidget* control : controls()) {
         const QString name = control->objectName();
         if (auto* changed = qobject_cast<Knob*>(control)) {

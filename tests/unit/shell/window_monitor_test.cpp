@@ -55,7 +55,7 @@ void moveTo(QWidget& window, double scale)
     QWindowSystemInterface::handleWindowScreenChanged<QWindowSystemInterface::SynchronousDelivery>(
         handle, monitor(scale));
     handle->setGeometry(QRect(monitor(scale)->geometry().topLeft() + QPoint(50, 50), size));
-    QTest::qWait(30);
+    QCoreApplication::processEvents();
 }
 
 /// What is not as it should be on a monitor of this scale.
@@ -116,7 +116,7 @@ void WindowMonitorTest::init()
 void WindowMonitorTest::showPanel(std::uint32_t productId)
 {
     QVERIFY(WindowStage::showPanel(productId));
-    QTRY_COMPARE(wrongAt(1.0, *window), QString());
+    QCOMPARE(wrongAt(1.0, *window), QString());
 }
 
 void WindowMonitorTest::panel_data()
@@ -140,7 +140,7 @@ void WindowMonitorTest::panel()
             knob->setValue(knob->value == knob->maximum ? knob->minimum : knob->value + 1);
         for (Button* button : window->findChildren<Button*>())
             button->setOn(!button->on);
-        QTRY_COMPARE(wrongAt(scale, *window), QString());
+        QCOMPARE(wrongAt(scale, *window), QString());
     }
 }
 
@@ -154,15 +154,14 @@ void WindowMonitorTest::openEditor()
     QVERIFY(knob->editor->isVisible());
     QTest::keyClick(knob->editor, Qt::Key_Return);
     QCOMPARE(knob->value, 12);
-    QTRY_COMPARE(wrongAt(1.5, *window), QString());
+    QCOMPARE(wrongAt(1.5, *window), QString());
 }
 
 void WindowMonitorTest::dialog()
 {
     simulated.control().plug(SimulatorControl::ka1);
     QVERIFY(settings->connectDevice());
-    settings->show();
-    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QVERIFY(show(*settings));
     const QSize size = settings->size();
     for (const double scale : {2.0, 1.25, 1.0, 1.5}) {
         moveTo(*settings, scale);
@@ -174,8 +173,7 @@ void WindowMonitorTest::dialog()
 /// A panel comes while the window stands in the corner.
 void WindowMonitorTest::growsIntoTheScreen()
 {
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(show(*window));
     const QRect screen = monitor(1.0)->availableGeometry();
     window->windowHandle()->setPosition(screen.bottomRight() - QPoint(160, 80));
     settle();
@@ -193,7 +191,7 @@ void WindowMonitorTest::hiddenWhileTheMonitorIsTakenAway()
 {
     showPanel(SimulatorControl::ka2);
     settings->showFromPipe();
-    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QVERIFY(show(*settings));
     moveTo(*window, 2.0);
     moveTo(*settings, 2.0);
     settings->windowHandle()->resize(500, 1200);
@@ -204,14 +202,14 @@ void WindowMonitorTest::hiddenWhileTheMonitorIsTakenAway()
     settings->hide();
     connectMonitors(2.0);
     QCOMPARE(monitor(2.0), nullptr);
-    window->show();
     settings->showFromPipe();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    QVERIFY(QTest::qWaitForWindowExposed(settings.get()));
+    QVERIFY(show(*window));
+    QVERIFY(show(*settings));
+    settle();
     QCOMPARE(monitorOf(*window), monitor(1.0));
     QCOMPARE(monitorOf(*settings), monitor(1.0));
     QCOMPARE(settings->width(), 500);
-    QTRY_COMPARE(wrongAt(1.0, *window), QString());
+    QCOMPARE(wrongAt(1.0, *window), QString());
     connectMonitors();
 }
 

@@ -2,7 +2,6 @@
 #include "window_stage.h"
 
 #include <QTest>
-#include <QTimer>
 #include <QWindow>
 
 namespace {
@@ -20,41 +19,27 @@ class WindowSizeTest : public QObject, private WindowStage
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { begin(); }
     void fitsItsContent_data();
     void fitsItsContent();
     void keepsTheUsersSize_data();
     void keepsTheUsersSize();
+    void passingSizesAreNobodys();
     void maximisedStaysMaximised();
     void minimisedKeepsItsSize();
 
 private:
-    void show();
     void resizeByHand(QSize size);
     void bring(std::uint32_t content);
 };
-
-void WindowSizeTest::init()
-{
-    begin();
-    // The clock of the window is the test's.
-    for (QTimer* timer : window->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
-        timer->setInterval(3600 * 1000);
-}
-
-void WindowSizeTest::show()
-{
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-}
 
 /// As the window system reports a user who drags the window's frame: unlike QWidget::resize(),
 /// that is no size set by the program.
 void WindowSizeTest::resizeByHand(QSize size)
 {
     window->windowHandle()->resize(size);
-    QTRY_COMPARE(window->size(), size);
     settle();
+    QCOMPARE(window->size(), size);
 }
 
 void WindowSizeTest::bring(std::uint32_t content)
@@ -87,7 +72,7 @@ void WindowSizeTest::fitsItsContent()
     QFETCH(const bool, hidden);
     for (const std::uint32_t content : {2U, 15U, firmwareUnread, 1U, nothing}) {
         if (shown) {
-            show();
+            QVERIFY(show(*window));
         } else {
             init();
             bring(2);
@@ -95,8 +80,9 @@ void WindowSizeTest::fitsItsContent()
         window->setHidden(hidden);
         bring(content);
         settle();
-        show();
-        QTRY_COMPARE(window->size(), window->sizeHint().expandedTo(smallest));
+        QVERIFY(show(*window));
+        settle();
+        QCOMPARE(window->size(), window->sizeHint().expandedTo(smallest));
         // Nothing in a panel can be squeezed.
         QCOMPARE(window->minimumSize(), window->sizeHint());
     }
@@ -118,21 +104,43 @@ void WindowSizeTest::keepsTheUsersSize()
 {
     QFETCH(const QSize, size);
     QFETCH(const bool, hidden);
-    show();
+    QVERIFY(show(*window));
     resizeByHand(size);
     for (const std::uint32_t content : {2U, nothing, 7U, 7U}) {
         window->setHidden(hidden);
         bring(content);
         settle();
-        show();
-        QTRY_COMPARE(window->size(), size.expandedTo(window->sizeHint()));
+        QVERIFY(show(*window));
+        settle();
+        QCOMPARE(window->size(), size.expandedTo(window->sizeHint()));
     }
     QCOMPARE(window->size(), size);
 }
 
+/// As on the way to a screen of another scale.
+void WindowSizeTest::passingSizesAreNobodys()
+{
+    QVERIFY(show(*window));
+    settle();
+    const QSize fitting = window->size();
+    QCOMPARE(settlingTimes(*window), QList<int>());
+    for (const QSize size : {QSize(780, 700), fitting}) {
+        window->windowHandle()->resize(size);
+        QCoreApplication::processEvents();
+        QCOMPARE(window->size(), size);
+        QCOMPARE(settlingTimes(*window), QList<int>{100});
+    }
+    settle();
+    QCOMPARE(settlingTimes(*window), QList<int>());
+    bring(2);
+    bring(nothing);
+    settle();
+    QCOMPARE(window->size(), fitting);
+}
+
 void WindowSizeTest::maximisedStaysMaximised()
 {
-    show();
+    QVERIFY(show(*window));
     window->showMaximized();
     settle();
     const QSize whole = window->size();
@@ -147,7 +155,7 @@ void WindowSizeTest::maximisedStaysMaximised()
 
 void WindowSizeTest::minimisedKeepsItsSize()
 {
-    show();
+    QVERIFY(show(*window));
     resizeByHand({780, 700});
     window->showMinimized();
     bring(2);

@@ -1,7 +1,50 @@
 #include "window_stage.h"
 
+#include "controls/window_placement.h"
+
+#include <QAbstractEventDispatcher>
 #include <QTest>
-#include <QTimer>
+#include <QTimerEvent>
+
+namespace {
+
+/// Keeps the turns of all timers from their objects but for those with which widgets and the
+/// platform's windows paint.
+class StandingClock : public QObject
+{
+public:
+    StandingClock() { qApp->installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* receiver, QEvent* event) override
+    {
+        return event->type() == QEvent::Timer && !receiver->isWidgetType() &&
+               !receiver->isWindowType();
+    }
+};
+
+QObject& placementOf(const QWidget& window)
+{
+    for (QObject* child : window.children()) {
+        if (dynamic_cast<WindowPlacement*>(child) != nullptr)
+            return *child;
+    }
+    qFatal("%s places itself nowhere", window.metaObject()->className());
+}
+
+QList<QAbstractEventDispatcher::TimerInfo> timersOf(QObject& object)
+{
+    return QAbstractEventDispatcher::instance()->registeredTimers(&object);
+}
+
+} // namespace
+
+WindowStage::WindowStage()
+    : clock(std::make_unique<StandingClock>())
+{
+}
+
+WindowStage::~WindowStage() = default;
 
 void WindowStage::begin()
 {
@@ -19,19 +62,36 @@ bool WindowStage::showPanel(std::uint32_t productId)
 {
     simulated.control().plug(productId);
     window->detectDevice();
-    stopClocks(*window);
-    window->show();
-    return QTest::qWaitForWindowExposed(window.get());
+    const bool shown = show(*window);
+    settle();
+    return shown;
 }
 
-void WindowStage::settle()
+bool WindowStage::show(QWidget& shown)
 {
-    constexpr int longerThanItTakes = 250; // Milliseconds; a window settles 100 after a change.
-    QTest::qWait(longerThanItTakes);
+    constexpr int patience = 30000;
+    shown.show();
+    return QTest::qWaitForWindowExposed(&shown, patience);
 }
 
-void WindowStage::stopClocks(QWidget& widget)
+void WindowStage::settle() const
 {
-    for (QTimer* timer : widget.findChildren<QTimer*>())
-        timer->stop();
+    for (const QWidget* settling :
+         {static_cast<QWidget*>(window.get()), static_cast<QWidget*>(settings.get())}) {
+        QCoreApplication::processEvents();
+        QObject& placement = placementOf(*settling);
+        for (const auto& timer : timersOf(placement)) {
+            QTimerEvent turn(timer.timerId);
+            placement.event(&turn);
+        }
+    }
+    QCoreApplication::processEvents();
+}
+
+QList<int> WindowStage::settlingTimes(const QWidget& settling)
+{
+    QList<int> times;
+    for (const auto& timer : timersOf(placementOf(settling)))
+        times.append(timer.interval);
+    return times;
 }
