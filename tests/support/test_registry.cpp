@@ -1,5 +1,7 @@
 #include "support/test_main.h"
 
+#include "support/settings_place.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -15,13 +17,13 @@
 
 namespace {
 
-/// Sets the variable to a fresh folder below `home`.
-void pointTo(const char* variable, const QTemporaryDir& home, const QString& folder)
+/// Sets the variable to a fresh folder below `place`.
+void pointTo(const char* variable, const QTemporaryDir& place, const QString& folder)
 {
-    QDir(home.path()).mkpath(folder);
-    QFile::setPermissions(home.filePath(folder),
+    QDir(place.path()).mkpath(folder);
+    QFile::setPermissions(place.filePath(folder),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv(variable, QFile::encodeName(home.filePath(folder)));
+    qputenv(variable, QFile::encodeName(place.filePath(folder)));
 }
 
 using Make = std::unique_ptr<QObject> (*)();
@@ -53,13 +55,14 @@ int runTest(int argc, char** argv)
     --argc;
 
     const QTemporaryDir home;
-    if (!home.isValid()) {
+    const QTemporaryDir settings(settingsPlace());
+    if (!home.isValid() || !settings.isValid()) {
         std::fprintf(stderr, "cannot create a temporary folder\n");
         return 1;
     }
     pointTo("HOME", home, QStringLiteral("home"));
-    pointTo("XDG_DATA_HOME", home, QStringLiteral("home/data"));
-    pointTo("XDG_CONFIG_HOME", home, QStringLiteral("home/config"));
+    pointTo("XDG_DATA_HOME", settings, QStringLiteral("data"));
+    pointTo("XDG_CONFIG_HOME", settings, QStringLiteral("config"));
     pointTo("TMPDIR", home, QStringLiteral("tmp"));
     pointTo("QUORVEL_RUNTIME_DIR", home, QStringLiteral("run"));
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QTest>
 
 namespace {
@@ -29,7 +28,6 @@ class DesktopHelpersTest : public QObject
 private slots:
     void explorerRestarts();
     void explorerNotRunning();
-    void explorerTakesTooLong();
     void noInterpreter();
 };
 
@@ -57,23 +55,6 @@ void DesktopHelpersTest::explorerNotRunning()
     QCOMPARE(log.take(),
              (QStringList{"warning: 命令执行失败，退出代码: 128", "warning: 输出: \"said\\n\"",
                           "warning: 错误输出: \"complained\\n\""}));
-}
-
-void DesktopHelpersTest::explorerTakesTooLong()
-{
-    const FakeProgram interpreter("cmd.exe", {{}, {}, 0, 30});
-    interpreterFolder = interpreter.folder();
-    TrayIcon tray;
-    DebugLog log;
-    QElapsedTimer clock;
-    clock.start();
-    tray.refreshDeviceList();
-    QVERIFY(clock.elapsed() >= 5000);
-    QVERIFY(clock.elapsed() < 10000);
-    const QStringList lines = log.take();
-    QCOMPARE(lines.value(0), QString("warning: 重启资源管理器超时"));
-    QVERIFY(lines.value(1).startsWith("warning: 错误信息: \""));
-    QCOMPARE(lines.value(2), QString("资源管理器已成功重启"));
 }
 
 void DesktopHelpersTest::noInterpreter()

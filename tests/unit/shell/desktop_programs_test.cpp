@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -14,6 +15,8 @@
 namespace {
 
 QString programFolder;
+bool timeIsUp = false; ///< whoever waits for a program has waited long enough
+int timeLimit = 0;     ///< milliseconds, of the last wait
 
 } // namespace
 
@@ -21,6 +24,15 @@ QString programFolder;
 std::wstring systemFolder()
 {
     return programFolder.toStdWString();
+}
+
+/// In place of the toolkit's.
+bool QProcess::waitForFinished(int milliseconds)
+{
+    constexpr int patience = 60000;
+    timeLimit = milliseconds;
+    return !timeIsUp &&
+           QTest::qWaitFor([this] { return state() == QProcess::NotRunning; }, patience);
 }
 
 /// The two desktop helpers where the programs that they start can be replaced and absent.
@@ -32,6 +44,7 @@ private slots:
     void soundPanelOpens();
     void soundPanelMissing();
     void plantedInterpreter();
+    void explorerTakesTooLong();
 };
 
 void DesktopProgramsTest::soundPanelOpens()
@@ -44,7 +57,7 @@ void DesktopProgramsTest::soundPanelOpens()
     // Windows looks for the program in the current folder first.
     QCOMPARE(QDir::currentPath(), programFolder);
     QCOMPARE(log.take(), QStringList{"声音设置面板已打开。"});
-    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 30000);
 }
 
 void DesktopProgramsTest::soundPanelMissing()
@@ -81,6 +94,22 @@ void DesktopProgramsTest::plantedInterpreter()
     tray.refreshDeviceList();
     QVERIFY(!interpreter.arguments().isEmpty());
     QVERIFY(planted.arguments().isEmpty());
+}
+
+void DesktopProgramsTest::explorerTakesTooLong()
+{
+    const FakeProgram interpreter("cmd.exe", {{}, {}, 0, 600});
+    programFolder = interpreter.folder();
+    TrayIcon tray;
+    DebugLog log;
+    timeIsUp = true;
+    tray.refreshDeviceList();
+    timeIsUp = false;
+    QCOMPARE(timeLimit, 5000);
+    const QStringList lines = log.take();
+    QCOMPARE(lines.value(0), QString("warning: 重启资源管理器超时"));
+    QVERIFY(lines.value(1).startsWith("warning: 错误信息: \""));
+    QCOMPARE(lines.value(2), QString("资源管理器已成功重启"));
 }
 
 QUORVEL_TEST_MAIN(DesktopProgramsTest)

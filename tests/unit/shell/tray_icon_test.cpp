@@ -20,6 +20,8 @@
 
 namespace {
 
+constexpr int patience = 30000; ///< milliseconds
+
 /// Counts the events of one type that reach a widget.
 class EventCount : public QObject
 {
@@ -50,7 +52,6 @@ class TrayIconTest : public QObject
 
 private slots:
     void init() { simulated.control().reset(); }
-    void menu_data();
     void menu();
     void slotOrder();
     void quitOnLastWindowClosedIsOff();
@@ -87,38 +88,18 @@ QAction* TrayIconTest::entry(const TrayIcon& tray, const char* text)
     qFatal("no menu entry %s", text);
 }
 
-void TrayIconTest::menu_data()
-{
-    QTest::addColumn<int>("position");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("1") << 0 << "V20251009" << false;
-    QTest::newRow("2") << 1 << "Quit" << true;
-    QTest::newRow("3") << 2 << QString() << true;
-    QTest::newRow("4") << 3 << "Setup" << true;
-    QTest::newRow("5") << 4 << "Main Window" << true;
-    QTest::newRow("6") << 5 << "Upgrade Firmware" << true;
-    QTest::newRow("7") << 6 << "Refresh Audio Device" << true;
-    QTest::newRow("8") << 7 << "Win Sound Pannel" << true;
-    QTest::newRow("9") << 8 << QString() << true;
-    QTest::newRow("10") << 9 << QString() << true;
-}
-
 void TrayIconTest::menu()
 {
-    QFETCH(int, position);
-    QFETCH(QString, text);
-    QFETCH(bool, enabled);
     const TrayIcon tray;
-    const QAction* action = tray.contextMenu()->actions().value(position);
-    QVERIFY(action != nullptr);
-    QCOMPARE(tray.contextMenu()->actions().size(), 10);
-    QCOMPARE(action->isSeparator(), text.isEmpty());
-    if (!text.isEmpty()) {
-        QCOMPARE(action->text(), text);
-        QCOMPARE(action->isEnabled(), enabled);
-        QCOMPARE(action->parent(), &tray);
+    QStringList entries;
+    for (const QAction* action : tray.contextMenu()->actions()) {
+        entries.append(action->isSeparator() ? "-" : action->text());
+        QCOMPARE(action->isEnabled(), action->text() != "V20251009");
+        QVERIFY(action->isSeparator() || action->parent() == &tray);
     }
+    QCOMPARE(entries,
+             (QStringList{"V20251009", "Quit", "-", "Setup", "Main Window", "Upgrade Firmware",
+                          "Refresh Audio Device", "Win Sound Pannel", "-", "-"}));
 }
 
 void TrayIconTest::slotOrder()
@@ -171,14 +152,14 @@ void TrayIconTest::bringsToTheFront()
     QWidget other;
     other.show();
     other.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QVERIFY(QTest::qWaitForWindowActive(&other, patience));
 
     EventCount raised(QEvent::ZOrderChange);
     wanted->installEventFilter(&raised);
     entry(tray, qPrintable(text))->trigger();
     QVERIFY(wanted->isVisible());
     QCOMPARE(raised.count, 1);
-    QVERIFY(QTest::qWaitForWindowActive(wanted));
+    QVERIFY(QTest::qWaitForWindowActive(wanted, patience));
 }
 
 void TrayIconTest::clicks_data()
@@ -314,7 +295,7 @@ void TrayIconTest::quitWhileWindowsAreOpen()
     settings.show();
     window.show();
     bool timedOut = false;
-    QTimer::singleShot(5000, this, [&timedOut] {
+    QTimer::singleShot(patience, this, [&timedOut] {
         timedOut = true;
         QCoreApplication::exit(1);
     });

@@ -64,6 +64,7 @@ private:
 
 namespace {
 
+constexpr int patience = 30000; ///< milliseconds
 const QString english = QStringLiteral("en_US");
 const QString chinese = QStringLiteral("zh_CN");
 
@@ -138,7 +139,7 @@ void TranslatedWidgetsTest::load(const QString& locale)
 void TranslatedWidgetsTest::show(QWidget& window)
 {
     window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(QTest::qWaitForWindowExposed(&window, patience));
 }
 
 /// All texts of labels and buttons but the read-outs, sorted.
@@ -264,7 +265,7 @@ void TranslatedWidgetsTest::settingsDialog()
     const QString count =
         language == english ? "USB Error Count: 4294967295" : "USB 错误计数：4294967295";
     QVERIFY(texts(dialog).contains(count));
-    QTRY_COMPARE(cutOff(dialog), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(cutOff(dialog), QString(), patience);
 }
 
 void TranslatedWidgetsTest::trayMenu_data()
@@ -330,7 +331,7 @@ void TranslatedWidgetsTest::lostDevice()
         window.checkDevicePid();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(texts(window), QStringList{expected});
-    QTRY_COMPARE(cutOff(window), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
 }
 
 void TranslatedWidgetsTest::untranslatedStatus_data()
@@ -354,7 +355,7 @@ void TranslatedWidgetsTest::untranslatedStatus()
     window.detectDevice();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(texts(window), QStringList{"未知设备，请检查连接！"});
-    QTRY_COMPARE(cutOff(window), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
 
     simulated.control().plug(SimulatorControl::ks);
     simulated.control().fail(0xFFDC20A0, 1, 31);
@@ -362,7 +363,7 @@ void TranslatedWidgetsTest::untranslatedStatus()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(window.findChild<ks*>() != nullptr);
     QVERIFY(texts(window).contains("获取固件版本失败，请检查连接！"));
-    QTRY_COMPARE(cutOff(window), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
 }
 
 void TranslatedWidgetsTest::traditionalChineseReadsSimplified()
