@@ -16,10 +16,11 @@ KnobStage::KnobStage()
 
 bool KnobStage::show()
 {
+    constexpr int patience = 30000; // Milliseconds.
     window.show();
     window.activateWindow();
-    return QTest::qWaitForWindowActive(&window) &&
-           QTest::qWaitFor([this] { return !knob.textRect.isNull(); });
+    return QTest::qWaitForWindowActive(&window, patience) &&
+           QTest::qWaitFor([this] { return !knob.textRect.isNull(); }, patience);
 }
 
 void KnobStage::press(QPoint position, Qt::KeyboardModifiers modifiers)

@@ -1,13 +1,40 @@
 #include "support/test_main.h"
 #include "unit/controls/knob_stage.h"
 
+#include <QApplication>
 #include <QGraphicsDropShadowEffect>
 #include <QLineEdit>
 #include <QMetaMethod>
+#include <QMouseEvent>
 #include <QTest>
 
 #include <limits>
 
+namespace {
+
+/// Sends the knob one mouse event at a position between pixels.
+void sendMouse(Knob& knob, QEvent::Type type, QPointF position)
+{
+    const Qt::MouseButton cause = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent event(type, position, knob.mapToGlobal(position), cause, Qt::LeftButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(&knob, &event);
+}
+
+/// What lies below a knob, counting the presses that reach it.
+class PressCount : public QWidget
+{
+public:
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override { ++presses; }
+};
+
+} // namespace
+
+/// What the panels make no use of. How a hand turns their knobs is held by the random sequences,
+/// how they look by the pictures.
 class KnobTest : public QObject
 {
     Q_OBJECT
@@ -17,14 +44,18 @@ private slots:
     void metaObjectNames();
     void setValueLimitsAndAnnounces_data();
     void setValueLimitsAndAnnounces();
-    void setValueRepaints();
+    void valueOutsideTheBoundsComesBack();
     void pushedValueYieldsToTheHand();
-    void wheelSteps_data();
-    void wheelSteps();
     void wheelIgnoresTheSizeOfTheDelta();
-    void wheelStaysWithTheKnob();
+    void pressIsNotPassedOn();
+    void otherButtonsDoNotDrag();
+    void dragRoundsHalvesAwayFromZero_data();
+    void dragRoundsHalvesAwayFromZero();
+    void doubleClickBeforeTheFirstPaintResets();
+    void doubleClickHitsWholePixels_data();
+    void doubleClickHitsWholePixels();
+    void hiddenTextHasNoEditor();
     void shadow();
-    void shadowOffDoesNothing();
 };
 
 void KnobTest::defaults()
@@ -45,11 +76,9 @@ void KnobTest::defaults()
     QCOMPARE(knob.trackColor, QColor(0x44, 0x47, 0x5a));
     QCOMPARE(knob.knobRatio, 0.8);
     QVERIFY(!knob.shadowColor.isValid());
-    QCOMPARE(knob.lastPos.y, 0);
-    QCOMPARE(knob.lastPos.x, 0);
+    QCOMPARE(QPoint(knob.lastPos.x, knob.lastPos.y), QPoint());
     QCOMPARE(knob.hovered, false);
     QCOMPARE(knob.displayOffset, 0);
-    QVERIFY(knob.editor != nullptr);
     QCOMPARE(knob.editor->parentWidget(), &knob);
     QVERIFY(knob.editor->isHidden());
     QVERIFY(knob.textRect.isNull());
@@ -79,14 +108,9 @@ void KnobTest::setValueLimitsAndAnnounces_data()
 
     constexpr int lowest = std::numeric_limits<int>::min();
     constexpr int highest = std::numeric_limits<int>::max();
-    QTest::newRow("inside") << -80 << 6 << -20 << -20;
     QTest::newRow("unchanged") << -80 << 6 << -80 << -80;
-    QTest::newRow("at the maximum") << -80 << 6 << 6 << 6;
     QTest::newRow("above") << -80 << 6 << 7 << 6;
-    QTest::newRow("below") << -80 << 6 << -81 << -80;
-    QTest::newRow("far above") << -80 << 6 << highest << 6;
     QTest::newRow("far below") << -80 << 6 << lowest << -80;
-    QTest::newRow("gain range") << 0 << 42 << -5 << 0;
     QTest::newRow("crossed bounds") << 10 << -10 << 0 << 10;
     QTest::newRow("crossed bounds, above both") << 10 << -10 << 50 << 10;
     QTest::newRow("full range") << lowest << highest << lowest << lowest;
@@ -107,80 +131,142 @@ void KnobTest::setValueLimitsAndAnnounces()
     QCOMPARE(stage.announced(), QList<int>{kept});
 }
 
-void KnobTest::setValueRepaints()
+void KnobTest::valueOutsideTheBoundsComesBack()
 {
+    // A panel narrows the range without touching the value.
     KnobStage stage;
-    QVERIFY(stage.show());
-    const QRect before = stage.knob.textRect;
-    stage.knob.setValue(0);
-    QTRY_VERIFY(stage.knob.textRect.width() < before.width());
+    stage.knob.minimum = 0;
+    stage.knob.maximum = 42;
+    stage.wheel({0, -120});
+    QCOMPARE(stage.announced(), QList<int>{0});
+    stage.knob.value = 100;
+    sendMouse(stage.knob, QEvent::MouseMove, {0, 0});
+    QCOMPARE(stage.announced(), QList<int>{42});
 }
 
 void KnobTest::pushedValueYieldsToTheHand()
 {
     KnobStage stage;
     QVERIFY(stage.show());
-
+    stage.move({170, 60});
+    QVERIFY(!stage.knob.hovered);
     stage.move({60, 60});
     QVERIFY(stage.knob.hovered);
     stage.knob.setValueIfIdle(-10);
-    QCOMPARE(stage.knob.value, -80);
     QCOMPARE(stage.announced(), QList<int>{});
-
     stage.move({170, 60});
     QVERIFY(!stage.knob.hovered);
     stage.knob.setValueIfIdle(-10);
-    QCOMPARE(stage.knob.value, -10);
     stage.knob.setValueIfIdle(100);
-    QCOMPARE(stage.knob.value, 6);
     QCOMPARE(stage.announced(), (QList<int>{-10, 6}));
-}
-
-void KnobTest::wheelSteps_data()
-{
-    QTest::addColumn<int>("start");
-    QTest::addColumn<QPoint>("delta");
-    QTest::addColumn<int>("expected");
-
-    QTest::newRow("up") << -20 << QPoint(0, 120) << -19;
-    QTest::newRow("down") << -20 << QPoint(0, -120) << -21;
-    QTest::newRow("horizontal") << -20 << QPoint(120, 0) << -21;
-    QTest::newRow("horizontal, other way") << -20 << QPoint(-120, 0) << -21;
-    QTest::newRow("nothing at all") << -20 << QPoint(0, 0) << -21;
-    QTest::newRow("up at the maximum") << 6 << QPoint(0, 120) << 6;
-    QTest::newRow("down at the minimum") << -80 << QPoint(0, -120) << -80;
-    QTest::newRow("horizontal at the minimum") << -80 << QPoint(120, 0) << -80;
-}
-
-void KnobTest::wheelSteps()
-{
-    QFETCH(const int, start);
-    QFETCH(const QPoint, delta);
-    QFETCH(const int, expected);
-
-    KnobStage stage;
-    stage.knob.value = start;
-    stage.wheel(delta);
-    QCOMPARE(stage.knob.value, expected);
-    QCOMPARE(stage.announced(), QList<int>{expected});
 }
 
 void KnobTest::wheelIgnoresTheSizeOfTheDelta()
 {
     KnobStage stage;
     stage.knob.value = -20;
-    stage.wheel({0, 1});
-    stage.wheel({0, 1200});
-    stage.wheel({0, -1});
-    stage.wheel({500, 960});
-    QCOMPARE(stage.announced(), (QList<int>{-19, -18, -19, -18}));
+    for (const QPoint delta : {QPoint(0, 1), QPoint(0, 1200), QPoint(0, -1), QPoint(500, 960),
+                               QPoint(120, 0), QPoint(-120, 0), QPoint(0, 0)})
+        QVERIFY(stage.wheel(delta));
+    QCOMPARE(stage.announced(), (QList<int>{-19, -18, -19, -18, -19, -20, -21}));
 }
 
-void KnobTest::wheelStaysWithTheKnob()
+void KnobTest::pressIsNotPassedOn()
+{
+    PressCount window;
+    window.resize(200, 200);
+    Knob knob(&window);
+    knob.setGeometry(20, 20, 120, 120);
+    QTest::mouseClick(&knob, Qt::LeftButton);
+    QTest::mouseClick(&knob, Qt::RightButton);
+    QTest::mouseClick(&knob, Qt::LeftButton, Qt::ControlModifier);
+    QCOMPARE(window.presses, 0);
+    QTest::mouseClick(&window, Qt::LeftButton);
+    QCOMPARE(window.presses, 1);
+}
+
+void KnobTest::otherButtonsDoNotDrag()
 {
     KnobStage stage;
-    QVERIFY(stage.wheel({0, 120}));
-    QVERIFY(stage.wheel({120, 0}));
+    QVERIFY(stage.show());
+    stage.knob.value = -20;
+    stage.knob.setMouseTracking(true);
+    stage.move({60, 50});
+    stage.move({60, 40});
+    QTest::mousePress(stage.window.windowHandle(), Qt::RightButton, {}, {80, 80});
+    stage.move({60, 30});
+    QTest::mouseRelease(stage.window.windowHandle(), Qt::RightButton, {}, {80, 60});
+    QCOMPARE(stage.announced(), QList<int>{});
+    QCOMPARE(QPoint(stage.knob.lastPos.x, stage.knob.lastPos.y), QPoint());
+}
+
+void KnobTest::dragRoundsHalvesAwayFromZero_data()
+{
+    QTest::addColumn<QPointF>("position");
+    QTest::addColumn<QPoint>("rounded");
+
+    QTest::newRow("below a half") << QPointF(10.49, 20.25) << QPoint(10, 20);
+    QTest::newRow("a half") << QPointF(10.5, 20.5) << QPoint(11, 21);
+    QTest::newRow("negative half") << QPointF(-0.5, -10.5) << QPoint(-1, -11);
+    QTest::newRow("negative") << QPointF(-0.25, -10.75) << QPoint(0, -11);
+}
+
+void KnobTest::dragRoundsHalvesAwayFromZero()
+{
+    QFETCH(const QPointF, position);
+    QFETCH(const QPoint, rounded);
+
+    Knob knob;
+    sendMouse(knob, QEvent::MouseMove, position);
+    QCOMPARE(QPoint(knob.lastPos.x, knob.lastPos.y), rounded);
+}
+
+void KnobTest::doubleClickBeforeTheFirstPaintResets()
+{
+    KnobStage stage;
+    stage.knob.value = -20;
+    sendMouse(stage.knob, QEvent::MouseButtonDblClick, {60, 60});
+    sendMouse(stage.knob, QEvent::MouseButtonDblClick, {0, 0});
+    QCOMPARE(stage.announced(), (QList<int>{-80, -80}));
+    QVERIFY(stage.knob.editor->isHidden());
+}
+
+void KnobTest::doubleClickHitsWholePixels_data()
+{
+    QTest::addColumn<QPointF>("position");
+    QTest::addColumn<bool>("inside");
+
+    // The text covers the pixels 10 to 29 across and 20 to 29 down.
+    QTest::newRow("first pixel") << QPointF(10, 20) << true;
+    QTest::newRow("rounded into the first column") << QPointF(9.5, 25) << true;
+    QTest::newRow("left of the first column") << QPointF(9.49, 25) << false;
+    QTest::newRow("rounded into the last column") << QPointF(29.49, 29) << true;
+    QTest::newRow("rounded past the last column") << QPointF(29.5, 25) << false;
+    QTest::newRow("rounded past the last row") << QPointF(20, 29.5) << false;
+}
+
+void KnobTest::doubleClickHitsWholePixels()
+{
+    QFETCH(const QPointF, position);
+    QFETCH(const bool, inside);
+
+    Knob knob;
+    knob.textRect = QRect(10, 20, 20, 10);
+    sendMouse(knob, QEvent::MouseButtonDblClick, position);
+    QCOMPARE(!knob.editor->isHidden(), inside);
+}
+
+void KnobTest::hiddenTextHasNoEditor()
+{
+    KnobStage stage;
+    QVERIFY(stage.show());
+    stage.knob.value = -20;
+    stage.knob.showText = false;
+    stage.doubleClick({60, 60});
+    QCOMPARE(stage.announced(), QList<int>{-80});
+    stage.knob.setFocus();
+    QTest::keyClick(stage.window.windowHandle(), Qt::Key_Return);
+    QVERIFY(stage.knob.editor->isHidden());
 }
 
 void KnobTest::shadow()
@@ -188,6 +274,8 @@ void KnobTest::shadow()
     Knob knob;
     knob.resize(120, 120);
     knob.shadowColor = QColor(0x00, 0xff, 0x7f);
+    knob.setShadow(false, 0.25);
+    QVERIFY(knob.graphicsEffect() == nullptr);
     knob.setShadow(true, 0.25);
     const auto* effect = qobject_cast<QGraphicsDropShadowEffect*>(knob.graphicsEffect());
     QVERIFY(effect != nullptr);
@@ -195,17 +283,6 @@ void KnobTest::shadow()
     QCOMPARE(effect->blurRadius(), 30.0);
     QCOMPARE(effect->offset(), QPointF(0, 0));
     QCOMPARE(effect->color(), QColor(0x00, 0xff, 0x7f));
-    QVERIFY(effect->isEnabled());
-}
-
-void KnobTest::shadowOffDoesNothing()
-{
-    Knob knob;
-    knob.setShadow(false, 0.25);
-    QVERIFY(knob.graphicsEffect() == nullptr);
-
-    knob.setShadow(true, 0.25);
-    const QGraphicsEffect* effect = knob.graphicsEffect();
     knob.setShadow(false, 0.5);
     QCOMPARE(knob.graphicsEffect(), effect);
     QVERIFY(effect->isEnabled());
