@@ -166,11 +166,6 @@ bool SimulatorControl::setEngine(std::uint32_t sampleRate, std::uint32_t bufferS
     return send(SIM_SET_ENGINE, &request, sizeof request);
 }
 
-bool SimulatorControl::setDriverValue(std::uint32_t value)
-{
-    return send(SIM_SET_VALUE, &value, sizeof value);
-}
-
 std::vector<SimulatedRequest> SimulatorControl::trace()
 {
     const std::vector<SimRequest> records = readRecords();

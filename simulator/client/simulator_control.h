@@ -87,9 +87,6 @@ public:
     /// Hz, samples, frames.
     bool setEngine(std::uint32_t sampleRate, std::uint32_t bufferSize, std::uint32_t usbLatency);
 
-    /// The number that control code 0xFFDC20A4 reads.
-    bool setDriverValue(std::uint32_t value);
-
     /// The requests since the last clearTrace(), oldest first; of more than 8192 the newest.
     std::vector<SimulatedRequest> trace();
     bool clearTrace();

@@ -142,9 +142,6 @@ static uint32_t applyControl(SimModel* model, const SimCall* call)
     case SIM_SET_ENGINE:
         simCopy(&model->state.engine, input, sizeof model->state.engine);
         return SIM_ERROR_NONE;
-    case SIM_SET_VALUE:
-        model->state.value32 = simLoad32(input);
-        return SIM_ERROR_NONE;
     default: /* SIM_CLEAR_TRACE, the last row of the table below */
         simClearTrace(model, simLoad64(input));
         return SIM_ERROR_NONE;
@@ -175,7 +172,6 @@ static const struct
     {SIM_SET_USB_STATUS, sizeof(SimUsbStatus)},
     {SIM_SET_FIRMWARE, SIM_FIRMWARE_BYTES},
     {SIM_SET_ENGINE, sizeof(SimEngine)},
-    {SIM_SET_VALUE, 4},
     {SIM_READ_STATE, 0},
     {SIM_READ_MIXER, 0},
     {SIM_READ_COMMANDS, 0},

@@ -35,10 +35,12 @@ static uint32_t readProductId(SimModel* model, const SimCall* call, uint32_t* er
     return answer32(call, model->state.productId);
 }
 
+/* Nothing is known of this number but that it is read. */
 static uint32_t readValue32(SimModel* model, const SimCall* call, uint32_t* error)
 {
+    (void)model;
     (void)error;
-    return answer32(call, model->state.value32);
+    return answer32(call, 0);
 }
 
 /* The setters of one 32-bit number. */

@@ -43,13 +43,12 @@ extern "C" {
 #define SIM_SET_USB_STATUS SIM_CONTROL(7u) /* in: SimUsbStatus */
 #define SIM_SET_FIRMWARE SIM_CONTROL(8u)   /* in: ten bytes */
 #define SIM_SET_ENGINE SIM_CONTROL(9u)     /* in: SimEngine */
-#define SIM_SET_VALUE SIM_CONTROL(10u)     /* in: uint32_t that code 0xFFDC20A4 reads */
-#define SIM_READ_STATE SIM_CONTROL(11u)    /* out: SimState */
-#define SIM_READ_MIXER SIM_CONTROL(12u)    /* out: the mixer table as last accepted */
-#define SIM_READ_COMMANDS SIM_CONTROL(13u) /* out: any number of SimCommand */
-#define SIM_READ_TRACE SIM_CONTROL(14u)    /* in: uint64_t first number; out: SimTrace, records */
-#define SIM_READ_CELLS SIM_CONTROL(15u)    /* in: uint64_t first number; out: SimCells, records */
-#define SIM_CLEAR_TRACE SIM_CONTROL(16u)   /* in: uint64_t, forgets the requests up to it */
+#define SIM_READ_STATE SIM_CONTROL(10u)    /* out: SimState */
+#define SIM_READ_MIXER SIM_CONTROL(11u)    /* out: the mixer table as last accepted */
+#define SIM_READ_COMMANDS SIM_CONTROL(12u) /* out: any number of SimCommand */
+#define SIM_READ_TRACE SIM_CONTROL(13u)    /* in: uint64_t first number; out: SimTrace, records */
+#define SIM_READ_CELLS SIM_CONTROL(14u)    /* in: uint64_t first number; out: SimCells, records */
+#define SIM_CLEAR_TRACE SIM_CONTROL(15u)   /* in: uint64_t, forgets the requests up to it */
 
 /* Fault kinds. */
 #define SIM_FAULT_FAIL 1u  /* value = error number; the request has no effect */
@@ -114,7 +113,6 @@ typedef struct SimState
     uint32_t wdmChannels;
     uint32_t slowMode;
     uint32_t phoneChip;
-    uint32_t value32;
     uint16_t value16;
     uint8_t value8;
     uint8_t levelsMove;

@@ -19,6 +19,7 @@ constexpr DWORD readSampleRate = 0xFFDC2020;
 constexpr DWORD setSampleRate = 0xFFDC2038;
 constexpr DWORD writeMixer = 0xFFDC2040;
 constexpr DWORD readLevels = 0xFFDC2074;
+constexpr DWORD stopAudio = 0xFFDC2078;
 constexpr DWORD startAudio = 0xFFDC2080;
 constexpr DWORD readProductId = 0xFFDC2084;
 constexpr DWORD readFirmware = 0xFFDC20A0;
@@ -91,6 +92,11 @@ private slots:
     void requestWithoutBuffersIsFine();
     void inputAndOutputTravelInOneRequest();
     void wholeMixerTableIsTaken();
+    void faultsHitWhatTheyAreFor();
+    void stateOutlastsAReplugging();
+    void traceTellsEachRequest();
+    void commandsAreCounted();
+    void levelsMoveByThemselves();
     void injectedErrorsArriveAsGiven_data();
     void injectedErrorsArriveAsGiven();
     void delayTakesItsTime();
@@ -320,7 +326,7 @@ void DeviceContractTest::refusedReadLeavesTheBufferUntouched()
 
 void DeviceContractTest::requestWithoutBuffersIsFine()
 {
-    QCOMPARE(request(device, 0xFFDC2078, nullptr, 0, nullptr, 0), 0u);
+    QCOMPARE(request(device, stopAudio, nullptr, 0, nullptr, 0), 0u);
     QCOMPARE(simulated->control().state().engineState, SIM_ENGINE_STOPPED);
     QCOMPARE(request(device, startAudio, nullptr, 0, nullptr, 0), 0u);
     QCOMPARE(simulated->control().state().engineState, SIM_ENGINE_RUNNING);
@@ -347,6 +353,102 @@ void DeviceContractTest::wholeMixerTableIsTaken()
     QCOMPARE(bytes, DWORD{66304});
     QCOMPARE(request(device, writeMixer, table.data(), bytes, nullptr, 0), 0u);
     QVERIFY(simulated->control().mixerTable() == table);
+}
+
+void DeviceContractTest::faultsHitWhatTheyAreFor()
+{
+    const auto ask = [this](DWORD code) { return request(device, code, nullptr, 0, nullptr, 0); };
+    QVERIFY(simulated->control().fail(startAudio, 1, 5, 2));
+    QList<DWORD> errors;
+    for (const DWORD code : {startAudio, stopAudio, startAudio, startAudio, startAudio})
+        errors.append(ask(code));
+    QCOMPARE(errors, (QList<DWORD>{0, 0, 0, 5, 0}));
+    QVERIFY(simulated->control().fail(SimulatorControl::anyCode, SimulatorControl::always, 21));
+    for (const DWORD code : {startAudio, stopAudio, startAudio})
+        QCOMPARE(ask(code), DWORD{21});
+    QVERIFY(simulated->control().fail(SimulatorControl::anyCode, 0, 0));
+    QCOMPARE(ask(startAudio), DWORD{0});
+    QVERIFY(simulated->control().fail(stopAudio, SimulatorControl::always, 31));
+    QVERIFY(simulated->control().clearFaults());
+    QCOMPARE(ask(stopAudio), DWORD{0});
+}
+
+void DeviceContractTest::stateOutlastsAReplugging()
+{
+    const std::uint32_t values[] = {48000, 256, 12};
+    const DWORD setters[] = {setSampleRate, 0xFFDC2044, 0xFFDC2050};
+    for (std::size_t i = 0; i < std::size(values); ++i)
+        QCOMPARE(request(device, setters[i], &values[i], 4, nullptr, 0), 0u);
+    QVERIFY(simulated->control().setFirmware({'2', '.', '1'}));
+    QVERIFY(simulated->control().unplug());
+    QVERIFY(simulated->control().plug(SimulatorControl::ka1));
+    const SimulatedState plugged = simulated->control().state();
+    QCOMPARE(plugged.engine.sampleRate, values[0]);
+    QCOMPARE(plugged.engine.bufferSize, values[1]);
+    QCOMPARE(plugged.engine.usbLatency, values[2]);
+    QCOMPARE(plugged.engineState, SIM_ENGINE_RUNNING);
+    QCOMPARE(plugged.firmware[2], std::uint8_t{'1'});
+    QVERIFY(simulated->control().reset());
+    QCOMPARE(simulated->control().state().engine.sampleRate, 44100u);
+    QVERIFY(!simulated->control().state().plugged);
+}
+
+void DeviceContractTest::traceTellsEachRequest()
+{
+    const std::uint32_t rate = 44100;
+    request(device, setSampleRate, &rate, 4, nullptr, 0);
+    std::uint32_t product = 0;
+    read32(device, readProductId, product);
+    request(device, 0xFFDC2999, nullptr, 0, nullptr, 0);
+    std::vector<double> table(8288);
+    table[128] = 1;
+    table[161] = 1;
+    table[8192] = 0.50118723362727224;
+    request(device, writeMixer, table.data(), 66304, nullptr, 0);
+    table[161] = 0;
+    QVERIFY(simulated->control().fail(writeMixer, 1, 31));
+    request(device, writeMixer, table.data(), 66304, nullptr, 0);
+    const std::vector<std::uint8_t> large(41, 0x0A);
+    request(device, setSampleRate, large.data(), 41, nullptr, 0);
+    const QStringList expected = {
+        "h1 FFDC2038 in=44 AC 00 00 out=0",
+        "h1 FFDC2084 in= out=4",
+        "h1 FFDC2999 in= out=0 error=1",
+        "h1 FFDC2040 table 128=1 161=1 8192=0.501187",
+        "h1 FFDC2040 table 161=0 error=31",
+        "h1 FFDC2038 in=" + QString("0A ").repeated(40) + ".. (41 bytes) out=0 error=87",
+    };
+    QCOMPARE(simulated->traceLines(), expected);
+    QCOMPARE(simulated->takeTrace(), expected);
+    request(device, startAudio, nullptr, 0, nullptr, 0);
+    QCOMPARE(simulated->takeTrace(), QStringList("h1 FFDC2080 in= out=0"));
+    QCOMPARE(simulated->takeTrace(), QStringList());
+}
+
+void DeviceContractTest::commandsAreCounted()
+{
+    std::array<std::uint8_t, 37> packet = {1, 7, 0, 2, 0, 0x2C, 1};
+    for (const std::uint8_t channel : std::initializer_list<std::uint8_t>{1, 2, 1}) {
+        packet[4] = channel;
+        QCOMPARE(request(device, 0xFFDC209C, packet.data(), 37, nullptr, 0), 0u);
+    }
+    const std::vector<SimulatedCommand> commands = simulated->control().commands();
+    QCOMPARE(commands.size(), std::size_t{2});
+    QCOMPARE(commands[0].count, 2u);
+    QCOMPARE(commands[0].packet[4], std::uint8_t{1});
+    QCOMPARE(commands[1].count, 1u);
+    QCOMPARE(commands[1].packet[4], std::uint8_t{2});
+}
+
+void DeviceContractTest::levelsMoveByThemselves()
+{
+    QVERIFY(simulated->control().moveLevels(true));
+    std::array<std::int32_t, 192> first = {};
+    QCOMPARE(request(device, readLevels, nullptr, 0, first.data(), 768), 0u);
+    std::array<std::int32_t, 192> later = first;
+    while (later == first)
+        QCOMPARE(request(device, readLevels, nullptr, 0, later.data(), 768), 0u);
+    QVERIFY(std::all_of(later.begin(), later.end(), [](std::int32_t level) { return level >= 0; }));
 }
 
 void DeviceContractTest::injectedErrorsArriveAsGiven_data()

@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -65,80 +64,19 @@ QStringList sockets()
 
 } // namespace
 
+/// What happens around the native host when processes end. What it answers is in the contract.
 class SimulatorHostTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void helpIsShown();
-    void badOptionsAreMisuse_data();
-    void badOptionsAreMisuse();
-    void interfaceIsPluggedAtStart();
-    void stopsOnSignalAndRemovesItsSockets();
     void stopsWhenItsInputCloses();
     void secondHostIsRefused();
     void crashedHostIsSucceeded();
-    void openFolderIsRefused();
     void handleOutlivesItsHost();
     void crashedProgramLosesItsHandles();
     void stoppedHostHoldsUpNoClosing();
 };
-
-void SimulatorHostTest::helpIsShown()
-{
-    QProcess host;
-    host.start(hostProgram(), {"--help"});
-    QVERIFY(host.waitForFinished());
-    QCOMPARE(host.exitCode(), 0);
-    const QString text = host.readAllStandardOutput();
-    for (const char* option : {"--model", "--bus", "--moving-levels", "--until-stdin-closes"})
-        QVERIFY2(text.contains(option), option);
-}
-
-void SimulatorHostTest::badOptionsAreMisuse_data()
-{
-    QTest::addColumn<QString>("options");
-    for (const char* options :
-         {"--jump", "--model", "--model ka3", "--model ka1 --bus 16", "--bus -1", "--bus x", "ka1"})
-        QTest::newRow(options) << options;
-}
-
-void SimulatorHostTest::badOptionsAreMisuse()
-{
-    QFETCH(QString, options);
-    QProcess host;
-    host.start(hostProgram(), options.split(u' '));
-    QVERIFY(host.waitForFinished());
-    QCOMPARE(host.exitCode(), 2);
-    QVERIFY(host.readAllStandardError().startsWith("quorvel-simulator: "));
-    QVERIFY(host.readAllStandardOutput().isEmpty());
-}
-
-void SimulatorHostTest::interfaceIsPluggedAtStart()
-{
-    HostProcess host({"--model", "ks", "--bus", "4", "--moving-levels"});
-    QVERIFY(host.isReady());
-    SimulatorControl control;
-    QVERIFY(control.open());
-    QCOMPARE(control.state().productId, SimulatorControl::ks);
-    QCOMPARE(control.state().bus, 4u);
-    QCOMPARE(control.state().levelsMove, std::uint8_t{1});
-    const HANDLE device = openDevice(LR"(\\.\QuorvelAudioBus4)");
-    QVERIFY(device != INVALID_HANDLE_VALUE);
-    QVERIFY(CloseHandle(device));
-}
-
-void SimulatorHostTest::stopsOnSignalAndRemovesItsSockets()
-{
-    HostProcess host({"--model", "ka1"});
-    QVERIFY(host.isReady());
-    QCOMPARE(sockets(), QStringList({"QuorvelAudioBus0", "QuorvelSimulator"}));
-    host.process.terminate();
-    QVERIFY(host.process.waitForFinished());
-    QCOMPARE(host.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(host.process.exitCode(), 0);
-    QCOMPARE(sockets(), QStringList());
-}
 
 void SimulatorHostTest::stopsWhenItsInputCloses()
 {
@@ -177,20 +115,6 @@ void SimulatorHostTest::crashedHostIsSucceeded()
     QCOMPARE(sockets(), QStringList({"QuorvelAudioBus3", "QuorvelSimulator"}));
 }
 
-void SimulatorHostTest::openFolderIsRefused()
-{
-    const QString folder = qEnvironmentVariable("QUORVEL_RUNTIME_DIR");
-    const QFile::Permissions before = QFile::permissions(folder);
-    QVERIFY(QFile::setPermissions(folder, before | QFile::ReadOther));
-    QProcess host;
-    host.start(hostProgram(), QStringList());
-    const bool finished = host.waitForFinished();
-    QFile::setPermissions(folder, before);
-    QVERIFY(finished);
-    QCOMPARE(host.exitCode(), 1);
-    QVERIFY(host.readAllStandardError().contains("not private"));
-}
-
 void SimulatorHostTest::handleOutlivesItsHost()
 {
     SimulatedInterface simulated;
@@ -220,11 +144,11 @@ void SimulatorHostTest::crashedProgramLosesItsHandles()
         readNumber(openDevice(LR"(\\.\QuorvelAudioBus0)"), 0xFFDC2084, product);
         ::_exit(0);
     }
-    QTRY_COMPARE(simulated.control().state().requests, 1u);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().requests, 1u, 30000);
     QCOMPARE(simulated.openHandles(), 1);
     QCOMPARE(::kill(child, SIGKILL), 0);
     QCOMPARE(::waitpid(child, nullptr, 0), child);
-    QTRY_COMPARE(simulated.openHandles(), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.openHandles(), 0, 30000);
 }
 
 void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
@@ -238,11 +162,11 @@ void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
     const auto pid = static_cast<pid_t>(host.process.processId());
     QCOMPARE(::kill(pid, SIGSTOP), 0);
     std::future<BOOL> closing = std::async(std::launch::async, [=] { return CloseHandle(device); });
-    const std::future_status status = closing.wait_for(std::chrono::seconds(2));
+    const std::future_status status = closing.wait_for(std::chrono::seconds(30));
     QCOMPARE(::kill(pid, SIGCONT), 0);
     QVERIFY(closing.get());
     QVERIFY(status == std::future_status::ready);
-    QTRY_COMPARE(control.state().openHandles, 0u);
+    QTRY_COMPARE_WITH_TIMEOUT(control.state().openHandles, 0u, 30000);
 }
 
 QUORVEL_TEST_MAIN(SimulatorHostTest)
