@@ -9,6 +9,7 @@
 #include "support/settings_files.h"
 
 #include <QApplication>
+#include <QHashFunctions>
 
 #include <bit>
 #include <cstdio>
@@ -16,6 +17,8 @@
 
 void Fuzzing::begin(int& argc, char** argv)
 {
+    // What a seed finds is found again.
+    QHashSeed::setDeterministicGlobalSeed();
     static const PrivateHome home;
     QCoreApplication::setEventDispatcher(&VirtualTime::instance());
     // The fuzzer ends the process from within; nothing of the toolkit is torn down before that.

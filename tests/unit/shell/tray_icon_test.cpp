@@ -1,11 +1,9 @@
 #include "settings/settings.h"
 #include "shell/main_window.h"
 #include "shell/tray_icon.h"
-#include "support/debug_log.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/test_main.h"
-#include "support/trace_text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -58,16 +56,10 @@ private slots:
     void icon();
     void bringsToTheFront_data();
     void bringsToTheFront();
-    void clicks_data();
-    void clicks();
     void mainWindowEntryShowsAMinimisedWindow();
-    void clickWithoutWindowWarns_data();
-    void clickWithoutWindowWarns();
     void missingWindowsWarn_data();
     void missingWindowsWarn();
     void nullMainWindowIsNotTakenOver();
-    void upgrade();
-    void upgradeWithoutDevice();
     void quitWhileWindowsAreOpen();
     void trayIconFile();
 
@@ -162,28 +154,6 @@ void TrayIconTest::bringsToTheFront()
     QVERIFY(QTest::qWaitForWindowActive(wanted, patience));
 }
 
-void TrayIconTest::clicks_data()
-{
-    QTest::addColumn<int>("reason");
-    QTest::addColumn<bool>("shows");
-    QTest::newRow("unknown") << int{QSystemTrayIcon::Unknown} << false;
-    QTest::newRow("context") << int{QSystemTrayIcon::Context} << false;
-    QTest::newRow("double click") << int{QSystemTrayIcon::DoubleClick} << true;
-    QTest::newRow("trigger") << int{QSystemTrayIcon::Trigger} << true;
-    QTest::newRow("middle click") << int{QSystemTrayIcon::MiddleClick} << false;
-}
-
-void TrayIconTest::clicks()
-{
-    QFETCH(int, reason);
-    QFETCH(bool, shows);
-    MainWindow window;
-    TrayIcon tray;
-    tray.setMainWindow(&window);
-    emit tray.activated(static_cast<QSystemTrayIcon::ActivationReason>(reason));
-    QCOMPARE(window.isVisible(), shows);
-}
-
 void TrayIconTest::mainWindowEntryShowsAMinimisedWindow()
 {
     MainWindow window;
@@ -194,33 +164,6 @@ void TrayIconTest::mainWindowEntryShowsAMinimisedWindow()
     entry(tray, "Main Window")->trigger();
     QVERIFY(window.isVisible());
     QVERIFY2(window.isMinimized(), "shown as it was, without being restored");
-}
-
-void TrayIconTest::clickWithoutWindowWarns_data()
-{
-    QTest::addColumn<int>("reason");
-    QTest::addColumn<bool>("warns");
-    QTest::newRow("context") << int{QSystemTrayIcon::Context} << false;
-    QTest::newRow("double click") << int{QSystemTrayIcon::DoubleClick} << true;
-    QTest::newRow("trigger") << int{QSystemTrayIcon::Trigger} << true;
-    QTest::newRow("middle click") << int{QSystemTrayIcon::MiddleClick} << false;
-}
-
-void TrayIconTest::clickWithoutWindowWarns()
-{
-    QFETCH(int, reason);
-    QFETCH(bool, warns);
-    TrayIcon tray;
-    QString message;
-    const QObject untilTheEnd;
-    QTimer::singleShot(0, &untilTheEnd, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            message = box->text();
-            box->accept();
-        }
-    });
-    emit tray.activated(static_cast<QSystemTrayIcon::ActivationReason>(reason));
-    QCOMPARE(message, warns ? QString("主窗口未设置，请先设置主窗口。") : QString());
 }
 
 void TrayIconTest::missingWindowsWarn_data()
@@ -265,25 +208,6 @@ void TrayIconTest::nullMainWindowIsNotTakenOver()
     tray.setMainWindow(nullptr);
     tray.showMainWindow();
     QVERIFY(window.isVisible());
-}
-
-void TrayIconTest::upgrade()
-{
-    simulated.control().plug(SimulatorControl::ka1);
-    TrayIcon tray;
-    DebugLog log;
-    entry(tray, "Upgrade Firmware")->trigger();
-    QCOMPARE(simulated.takeTrace(), QStringList{TraceText::command(1, "01 60")});
-    QCOMPARE(simulated.settledHandles(0), 0);
-    QCOMPARE(log.take(), QStringList());
-}
-
-void TrayIconTest::upgradeWithoutDevice()
-{
-    TrayIcon tray;
-    DebugLog log;
-    entry(tray, "Upgrade Firmware")->trigger();
-    QCOMPARE(log.take(), QStringList{"Failed to create device in ka1."});
 }
 
 void TrayIconTest::quitWhileWindowsAreOpen()
