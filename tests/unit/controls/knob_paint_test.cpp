@@ -1,6 +1,7 @@
 #include "controls/knob.h"
 #include "support/test_main.h"
 
+#include <QFontDatabase>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -27,6 +28,7 @@ private slots:
     void changedScale();
     void liesOnThePixelsOfTheDevice_data();
     void liesOnThePixelsOfTheDevice();
+    void fontOfItsOwn();
     void oddNumbers_data();
     void oddNumbers();
 };
@@ -245,6 +247,23 @@ void KnobPaintTest::liesOnThePixelsOfTheDevice()
             largestDifference(render(empty, pixelRatio, place), render(full, pixelRatio, place));
         QVERIFY2(found <= 1, qPrintable(QString::number(found)));
     }
+}
+
+void KnobPaintTest::fontOfItsOwn()
+{
+    Knob knob;
+    knob.fontPointSize = 20;
+    const QImage usual = picture(knob);
+    const QStringList families = QFontDatabase::families();
+    const auto differs = [&](const QString& family) {
+        knob.fontFamily = family;
+        const QImage image = picture(knob);
+        return image != usual &&
+               knob.textRect == QFontMetrics(QFont(family, 20), &image)
+                                    .boundingRect(image.rect(), Qt::AlignCenter, "-80dB");
+    };
+    QVERIFY2(std::any_of(families.cbegin(), families.cend(), differs),
+             qPrintable(families.join(u' ')));
 }
 
 void KnobPaintTest::oddNumbers_data()
