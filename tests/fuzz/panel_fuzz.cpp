@@ -8,10 +8,12 @@
 #include "random/program.h"
 #include "random/virtual_files.h"
 #include "random/virtual_platform.h"
+#include "support/panel_table.h"
 
 #include <QFile>
 
 #include <array>
+#include <iterator>
 #include <memory>
 
 // The INI file of a model: the first byte chooses the model, the others are the file. The panel
@@ -24,7 +26,7 @@ struct Model
 {
     const char* file;
     std::uint32_t productId;
-    std::size_t controls;
+    int controls;
     std::unique_ptr<Panel> (*make)();
 };
 
@@ -33,8 +35,9 @@ template <typename Kind> std::unique_ptr<Panel> make()
     return std::make_unique<Kind>();
 }
 
-constexpr std::array models{Model{"ka1.ini", 1, 9, make<ka1>}, Model{"ka2.ini", 2, 16, make<ka2>},
-                            Model{"ks.ini", 15, 5, make<ks>}};
+constexpr std::array models{Model{"ka1.ini", 1, PanelTable::models[0].keys(), make<ka1>},
+                            Model{"ka2.ini", 2, PanelTable::models[1].keys(), make<ka2>},
+                            Model{"ks.ini", 15, PanelTable::models[2].keys(), make<ks>}};
 
 using Values = Oracle::IniFile;
 
@@ -67,7 +70,7 @@ Values start(const Model& model)
     VirtualPlatform::interface().plug(model.productId, 0);
     const Values values = valuesOf(*model.make());
     Fuzzing::forgetFiles();
-    Fuzzing::require(values.size() == model.controls, "every control is there");
+    Fuzzing::require(std::ssize(values) == model.controls, "every control is there");
     const Values file = stored(model);
     for (const auto& [key, value] : values) {
         const auto found = file.find(key);

@@ -186,6 +186,30 @@ void addStoredTexts(Cases& cases)
     }
 }
 
+/// One after another; the next begins as soon as the last is over. The last one lasts beyond the
+/// program's end.
+void addFileTroubles(Cases& cases, const Model& model)
+{
+    const std::string file = std::string(model.name) + ".ini";
+    const Actions hands{use(model.controls[0]), use(model.controls[1])};
+    const Actions over = parseSequence("mend\nwait 1000\n");
+    Actions troubles;
+    const auto meet = [&](const Action& trouble) {
+        troubles.push_back(trouble);
+        append(troubles, hands);
+        troubles.push_back({"wait", {"1200"}});
+    };
+    for (const char* kind : {"unreadable", "readonly", "keptopen", "folder"}) {
+        meet({"trouble", {file, kind}});
+        append(troubles, over);
+    }
+    meet({"trouble", {"folder", "unwritable"}});
+    append(troubles, over);
+    meet({"trouble", {"folder", "full"}});
+    add(cases, model, "troubles of the file",
+        {begin(), plug(model), troubles, parseSequence("quit\nstart C\nwait 1200\n"), over});
+}
+
 /// Full scale, its mean, silence, a mean that is truncated toward zero and sums that wrap.
 void addLevels(Cases& cases, const Model& model)
 {
@@ -199,17 +223,16 @@ void addLevels(Cases& cases, const Model& model)
                        "levels 1073741824 0 1073741824 1073741824\nwait 500\n")});
 }
 
-/// The editor loses the focus with its panel, and nothing may come of what was typed.
+/// The editor goes with its panel, and nothing may come of what was typed.
 void addOpenEditors(Cases& cases, const Model& model)
 {
     eachControl(model, [&](const Control& knob) {
-        if (knob.isKnob())
-            add(cases, model, std::string("editor of ") + knob.key,
-                {begin(),
-                 plug(model),
-                 {{"doubleclick", {knob.key, "text"}}, {"type", {"5"}}},
-                 lose(),
-                 plug(model)});
+        if (!knob.isKnob())
+            return;
+        const Actions editing{{"doubleclick", {knob.key, "text"}}, {"type", {"5"}}};
+        const std::string name = std::string("editor of ") + knob.key;
+        add(cases, model, name, {begin(), plug(model), editing, lose(), plug(model)});
+        add(cases, model, name + " at the end", {begin(), plug(model), editing});
     });
 }
 
@@ -222,6 +245,7 @@ std::vector<MatrixCase> keptCases()
         addRefusedControls(cases, model);
         addArrivals(cases, model);
         addStoredFiles(cases, model);
+        addFileTroubles(cases, model);
         addLevels(cases, model);
         addOpenEditors(cases, model);
     }

@@ -34,6 +34,9 @@ struct Model
             found += (control.*isWanted)() ? 1 : 0;
         return found;
     }
+
+    /// How many keys its INI file has.
+    constexpr int keys() const { return count(&Control::isKnob) + count(&Control::isButton); }
 };
 
 inline constexpr Control ka1[] = {

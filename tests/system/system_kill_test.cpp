@@ -1,3 +1,4 @@
+#include "support/panel_table.h"
 #include "support/rounds.h"
 #include "support/test_main.h"
 #include "system/desktop/picture_search.h"
@@ -90,7 +91,8 @@ bool SystemKill::findControls(const DesktopWindow& window)
             const QImage picture = PanelSession::pictureOf(window);
             knobs = knobsIn(picture);
             buttons = buttonsIn(picture);
-            return knobs.size() == 3 && buttons.size() == 6;
+            return knobs.size() == PanelTable::models[0].count(&PanelTable::Control::isKnob) &&
+                   buttons.size() == PanelTable::models[0].count(&PanelTable::Control::isButton);
         });
         if (!found)
             return false;

@@ -1,4 +1,5 @@
 #include "controls/control_accessibility.h"
+#include "controls/knob.h"
 #include "controls/read_out.h"
 #include "marking_translator.h"
 #include "panel_fixture.h"
@@ -8,6 +9,7 @@
 #include "support/test_main.h"
 
 #include <QAccessible>
+#include <QLineEdit>
 #include <QTest>
 
 #include <algorithm>
@@ -28,6 +30,8 @@ private slots:
     void nothingIsMisplaced_data() { addModelRows(); }
     void nothingIsMisplaced();
     void stepsOfScreenReaders();
+    void openEditor_data() { addModelRows(); }
+    void openEditor();
     void saveState_data() { addModelRows(); }
     void saveState();
 
@@ -120,6 +124,19 @@ void PanelTableTest::stepsOfScreenReaders()
     value->setCurrentValue(value->currentValue().toInt() + 1);
     QVERIFY(!byWheel.isEmpty());
     QCOMPARE(fixture.takeTrace(), byWheel);
+}
+
+/// It loses the focus while its panel goes, and nothing may come of what was typed.
+void PanelTableTest::openEditor()
+{
+    const PanelTable::Model model = start();
+    const char* const key = std::ranges::find_if(model.controls, &PanelTable::Control::isKnob)->key;
+    fixture.settle();
+    auto* const knob = fixture.panel->findChild<Knob*>(key);
+    QTest::mouseDClick(knob, Qt::LeftButton, {}, knob->textRect.center());
+    QTest::keyClicks(knob->editor, "7");
+    fixture.panel.reset();
+    QCOMPARE(IniFile::read(QString(model.name) + ".ini").value(key), QString("0"));
 }
 
 /// Nothing waits, so there is nothing to send or to write; an empty panel has no file either.

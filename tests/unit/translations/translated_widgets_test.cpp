@@ -1,7 +1,7 @@
 #include "app/translation.h"
 #include "controls/button.h"
+#include "panel_models.h"
 #include "panels/ka1.h"
-#include "panels/ka2.h"
 #include "panels/ks.h"
 #include "settings/settings.h"
 #include "shell/main_window.h"
@@ -79,18 +79,6 @@ QStringList sorted(QStringList list)
 {
     list.sort();
     return list;
-}
-
-std::unique_ptr<QWidget> makePanel(std::uint32_t productId)
-{
-    switch (productId) {
-    case SimulatorControl::ka1:
-        return std::make_unique<ka1>();
-    case SimulatorControl::ka2:
-        return std::make_unique<ka2>();
-    default:
-        return std::make_unique<ks>();
-    }
 }
 
 /// "<text>" as the translation has it, anything else as it is.
@@ -187,7 +175,7 @@ void TranslatedWidgetsTest::panels()
     QFETCH(PanelTable::Model, model);
     load(language);
     simulated.control().plug(model.productId);
-    const std::unique_ptr<QWidget> panel = makePanel(model.productId);
+    const std::unique_ptr<QWidget> panel = PanelModels::make(model.name);
     show(*panel);
     QStringList found = texts(*panel);
     for (const PanelTable::Control& control : model.controls) {
