@@ -181,7 +181,10 @@ Action Generator::cable()
     if (chance(30))
         return {"unplug", {}};
     const std::string id =
-        chance(92) ? oneOf({"1", "2", "15"}) : oneOf({"0", "3", "7", "4294967295"});
+        chance(92) ? std::to_string(
+                         PanelTable::models[below(static_cast<int>(std::size(PanelTable::models)))]
+                             .productId)
+                   : oneOf({"0", "3", "7", "4294967295"});
     return {"plug", {id, std::to_string(chance(70) ? 0 : below(16))}};
 }
 
@@ -281,7 +284,11 @@ Action Generator::onFile()
 
 std::string Generator::anyFile()
 {
-    return oneOf({"ka1.ini", "ka2.ini", "ks.ini", "setting.ini"});
+    const auto which =
+        static_cast<std::size_t>(below(1 + static_cast<int>(std::size(PanelTable::models))));
+    return which == std::size(PanelTable::models)
+               ? "setting.ini"
+               : PanelTable::models[which].name + std::string(".ini");
 }
 
 /// What keeps the files from being read or saved, from now or a request that is to come on.

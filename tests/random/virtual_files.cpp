@@ -2,9 +2,9 @@
 
 #include "oracle/troubles.h"
 #include "random/virtual_platform.h"
+#include "support/panel_table.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
@@ -14,6 +14,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,7 +28,12 @@ namespace Disk = std::filesystem;
 
 namespace {
 
-constexpr std::array names{"ka1.ini", "ka2.ini", "ks.ini", "setting.ini"};
+const std::vector<std::string> names = [] {
+    std::vector<std::string> list{"setting.ini"};
+    for (const PanelTable::Model& model : PanelTable::models)
+        list.push_back(model.name + std::string(".ini"));
+    return list;
+}();
 
 /// A file of the folder that the program has open for writing.
 struct OpenFile
@@ -50,7 +56,7 @@ bool has(const std::string& name, Kind kind)
 
 bool anyHas(Kind kind)
 {
-    return std::ranges::any_of(names, [=](const char* name) { return has(name, kind); });
+    return std::ranges::any_of(names, [=](const std::string& name) { return has(name, kind); });
 }
 
 std::string aside(const std::string& name)
@@ -158,7 +164,7 @@ bool VirtualFiles::apply(const Oracle::Action& action)
 
 void VirtualFiles::update()
 {
-    for (const char* name : names)
+    for (const std::string& name : names)
         setFolder(name, has(name, Kind::folder));
 }
 
