@@ -11,6 +11,8 @@ base_of_changes()
     [[ -n $base && $(in_git rev-parse "$base") != $(in_git rev-parse HEAD) ]] ||
         base=$(in_git rev-parse --verify --quiet HEAD^) ||
         base=$(in_git hash-object -t tree /dev/null)
+    # A name that is no commit here, as one that a shallow clone lacks, must not pass for no change.
+    in_git cat-file -e "$base" || die "there is no commit $base to compare with"
     in_git rev-parse --verify "$base"
 }
 
@@ -18,6 +20,6 @@ base_of_changes()
 # not, a line each.
 changed_files()
 {
-    in_git -c core.quotePath=off diff --name-only "$1" -- "${@:2}"
+    in_git -c core.quotePath=off diff --name-only "$1" -- "${@:2}" || return
     in_git -c core.quotePath=off ls-files --others --exclude-standard -- "${@:2}"
 }

@@ -1,4 +1,5 @@
 #include "platform/win32.h"
+#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/test_main.h"
 
@@ -8,9 +9,6 @@
 #include <QTest>
 
 namespace {
-
-/// For a program to start and act, in milliseconds.
-constexpr int startTime = 45000;
 
 quintptr shellExecute(const QByteArray& file, const char* parameters)
 {
@@ -46,7 +44,7 @@ void ShellContractTest::programIsFoundInThePath()
     const quintptr result = shellExecute("quorvel-simctl", "plug ks  7");
     qputenv("PATH", path);
     QVERIFY(result > 32);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().plugged, 1u, startTime);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().plugged, 1u, patience);
     QCOMPARE(simulated.control().state().productId, 15u);
     QCOMPARE(simulated.control().state().bus, 7u);
 }
@@ -58,7 +56,7 @@ void ShellContractTest::programIsStartedByItsPath()
         QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + "/quorvel-simctl")
             .toLocal8Bit();
     QVERIFY(shellExecute(file, "errors 12") > 32);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().usbStatus.errorCount, 12u, startTime);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().usbStatus.errorCount, 12u, patience);
 }
 
 void ShellContractTest::sleepTakesItsTime()

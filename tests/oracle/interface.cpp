@@ -105,10 +105,10 @@ Interface::Fate Interface::takeFaults(std::uint32_t code)
         bool& known = taken[static_cast<int>(fault.kind)];
         if (std::exchange(known, true))
             continue;
-        hit.insert(code);
-        if (fault.kind == Fault::Kind::fail)
+        if (fault.kind == Fault::Kind::fail) {
+            refused.insert(code);
             fate.error = fault.value;
-        else if (fault.kind == Fault::Kind::delay)
+        } else if (fault.kind == Fault::Kind::delay)
             fate.delayMs = static_cast<int>(fault.value);
         else if (fault.kind == Fault::Kind::shorten)
             fate.largestAnswer = fault.value;

@@ -67,8 +67,8 @@ public:
 
     void addFault(const Fault& fault) { faults.push_back(fault); }
     void heal();
-    /// The codes of the requests that a fault has hit.
-    const std::set<std::uint32_t>& hitCodes() const { return hit; }
+    /// The codes of the requests that a fault has refused.
+    const std::set<std::uint32_t>& refusedCodes() const { return refused; }
     /// Of the opens of a present device, `skip` succeed and then `count` fail with `error`.
     void failOpens(int count, std::uint32_t error, int skip);
 
@@ -106,7 +106,7 @@ private:
     int handles = 0;       ///< given out so far
     int handlesBefore = 0; ///< those of an interface that was plugged in before: dead
     std::vector<Fault> faults;
-    std::set<std::uint32_t> hit;
+    std::set<std::uint32_t> refused;
     int opensToPass = 0;
     int opensToFail = 0;
     std::uint32_t openError = 0;

@@ -84,8 +84,8 @@ std::optional<Difference> compare(const std::vector<Action>& sequence, Coverage&
         coverage.pairs.insert(Oracle::situation(world) + " / " + sequence[i].verb);
         Oracle::step(world, sequence[i]);
         program.perform(sequence[i]);
-        coverage.hitCodes.insert(world.interface.hitCodes().begin(),
-                                 world.interface.hitCodes().end());
+        coverage.refusedCodes.insert(world.interface.refusedCodes().begin(),
+                                     world.interface.refusedCodes().end());
         const std::string report = differences(world, program);
         if (!report.empty())
             return Difference{i, "  action " + toText(sequence[i]) + '\n' + report};

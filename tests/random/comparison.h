@@ -20,8 +20,8 @@ struct Coverage
 {
     long long sequences = 0;
     long long actions = 0;
-    std::set<std::string> pairs;      ///< situation and verb
-    std::set<std::uint32_t> hitCodes; ///< of the requests that a fault has hit
+    std::set<std::string> pairs;          ///< situation and verb
+    std::set<std::uint32_t> refusedCodes; ///< of the requests that a fault has refused
     /// The last sequence ended, or was about to, with a whole panel at work.
     bool recovered = false;
     /// The files then held what its controls and the dialog showed.

@@ -223,6 +223,19 @@ void addLevels(Cases& cases, const Model& model)
                        "levels 1073741824 0 1073741824 1073741824\nwait 500\n")});
 }
 
+/// Titles show what an interface says for its version: nothing, a zero within, a byte beyond ASCII.
+void addVersions(Cases& cases, const Model& model)
+{
+    Actions starts;
+    for (const std::string& version :
+         {std::string(), std::string("1\0002", 3), std::string("\xE9\xFF")}) {
+        starts.push_back({"firmware", {version}});
+        append(starts, plug(model));
+        append(starts, lose());
+    }
+    add(cases, model, "versions", {begin(), starts});
+}
+
 /// The editor goes with its panel, and nothing may come of what was typed.
 void addOpenEditors(Cases& cases, const Model& model)
 {
@@ -247,6 +260,7 @@ std::vector<MatrixCase> keptCases()
         addStoredFiles(cases, model);
         addFileTroubles(cases, model);
         addLevels(cases, model);
+        addVersions(cases, model);
         addOpenEditors(cases, model);
     }
     addRefusedCodes(cases);

@@ -6,7 +6,7 @@
 
 PrivateHome::PrivateHome()
 {
-    if (!home.isValid())
+    if (!home.isValid() || !programs.isValid())
         qFatal("cannot create a temporary folder");
     pointTo("HOME", QStringLiteral("home"));
     pointTo("XDG_DATA_HOME", QStringLiteral("home/data"));
@@ -29,9 +29,7 @@ void PrivateHome::pointTo(const char* variable, const QString& folder) const
 /// A stand-in that ends with $EXPLORER_EXIT when it is asked for what it should be.
 void PrivateHome::addCommandInterpreter() const
 {
-    const QString folder = home.filePath(QStringLiteral("programs"));
-    QDir().mkpath(folder);
-    QFile program(folder + QStringLiteral("/cmd.exe"));
+    QFile program(programs.filePath(QStringLiteral("cmd.exe")));
     if (!program.open(QIODevice::WriteOnly))
         qFatal("cannot write %s", qPrintable(program.fileName()));
     program.write("#!/bin/sh\n"
@@ -41,5 +39,5 @@ void PrivateHome::addCommandInterpreter() const
                   "printf err >&2\n"
                   "exit $EXPLORER_EXIT\n");
     program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("PATH", QFile::encodeName(folder) + ':' + qgetenv("PATH"));
+    qputenv("PATH", QFile::encodeName(programs.path()) + ':' + qgetenv("PATH"));
 }

@@ -16,4 +16,5 @@ private:
     void addCommandInterpreter() const;
 
     QTemporaryDir home{settingsPlace()};
+    QTemporaryDir programs; ///< not everything in memory may be started
 };

@@ -69,7 +69,7 @@ void report(const std::vector<Oracle::Action>& sequence, const Difference& diffe
     std::fflush(stdout);
 }
 
-/// Tells of the codes that no fault has hit: the kept sequences leave out none.
+/// Tells of the codes that no fault has refused: the kept sequences leave out none.
 int runKept(Coverage& coverage)
 {
     int failures = 0;
@@ -80,7 +80,7 @@ int runKept(Coverage& coverage)
         }
     }
     for (const std::uint32_t code : Oracle::Code::all) {
-        if (!coverage.hitCodes.contains(code)) {
+        if (!coverage.refusedCodes.contains(code)) {
             std::printf("%x was never refused\n", code);
             ++failures;
         }

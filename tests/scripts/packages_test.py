@@ -7,7 +7,7 @@ import unittest
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "../.."))
 FAKES = {
-    "dpkg-query": 'for name; do grep -x "installed $name" "$HOME/state"; done; exit 1',
+    "dpkg-query": 'for name; do grep -Ex "[a-z]+ $name" "$HOME/state"; done; exit 1',
     "apt-get": 'echo "apt-get $*" >>"$HOME/calls"',
     "sudo": 'echo "sudo $*" >>"$HOME/calls"; exec "$@"',
     "id": 'cat "$HOME/user"',

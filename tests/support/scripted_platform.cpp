@@ -4,21 +4,17 @@
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QMap>
 #include <QThread>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
-
-using ScriptedPlatform::Reaction;
 
 namespace {
 
 constexpr DWORD commandCode = 0xFFDC209C;
 
-QMap<std::uint8_t, Reaction> opcodeReactions;
-QMap<std::uint8_t, QList<Reaction>> opcodeScripts;
-QMap<std::uint32_t, Reaction> codeReactions;
+std::optional<std::uint8_t> throwing;
 QStringList requests;
 bool narrating = false;
 
@@ -34,51 +30,16 @@ void note(const QString& request)
         qDebug().noquote() << "request" << request;
 }
 
-void act(Reaction reaction)
-{
-    if (reaction == Reaction::throwStandard || reaction == Reaction::throwOnceStandard)
-        throw std::runtime_error("no paper");
-    if (reaction == Reaction::throwUnknown)
-        throw 42;
-}
-
-template <typename Key> void react(QMap<Key, Reaction>& reactions, Key key)
-{
-    const Reaction reaction = reactions.value(key, Reaction::answer);
-    if (reaction == Reaction::throwOnceStandard)
-        reactions.remove(key);
-    act(reaction);
-}
-
-void playScript(std::uint8_t opcode)
-{
-    QList<Reaction>& script = opcodeScripts[opcode];
-    if (!script.isEmpty())
-        act(script.takeFirst());
-}
-
 } // namespace
 
-void ScriptedPlatform::onOpcode(std::uint8_t opcode, Reaction reaction)
+void ScriptedPlatform::throwOn(std::uint8_t opcode)
 {
-    opcodeReactions[opcode] = reaction;
-}
-
-void ScriptedPlatform::onOpcode(std::uint8_t opcode, const QList<Reaction>& reactions)
-{
-    opcodeScripts[opcode] = reactions;
-}
-
-void ScriptedPlatform::onCode(std::uint32_t code, Reaction reaction)
-{
-    codeReactions[code] = reaction;
+    throwing = opcode;
 }
 
 void ScriptedPlatform::reset()
 {
-    opcodeReactions.clear();
-    opcodeScripts.clear();
-    codeReactions.clear();
+    throwing.reset();
     requests.clear();
     narrating = false;
 }
@@ -168,12 +129,11 @@ BOOL DeviceIoControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID o
     if (code == commandCode && inputSize > 1) {
         const std::uint8_t opcode = static_cast<const std::uint8_t*>(input)[1];
         note(QString::number(opcode, 16));
-        react(opcodeReactions, opcode);
-        playScript(opcode);
+        if (opcode == throwing)
+            throw std::runtime_error("no paper");
     } else {
         note(QString::number(code, 16));
     }
-    react(codeReactions, code);
     std::fill_n(static_cast<char*>(output), outputSize, '\0');
     *returned = outputSize;
     return 1;

@@ -9,15 +9,8 @@
 /// scripted_platform.cpp gets these calls in place of the system's.
 namespace ScriptedPlatform {
 
-enum class Reaction { answer, throwStandard, throwOnceStandard, throwUnknown };
-
-/// From now on requests whose second input byte is this opcode react so.
-void onOpcode(std::uint8_t opcode, Reaction reaction);
-/// The next requests whose second input byte is this opcode react in this order, one each; those
-/// after them answer.
-void onOpcode(std::uint8_t opcode, const QList<Reaction>& reactions);
-/// From now on requests with this control code react so.
-void onCode(std::uint32_t code, Reaction reaction);
+/// From now on requests whose second input byte is this opcode throw a std::exception.
+void throwOn(std::uint8_t opcode);
 void reset();
 
 /// The opcodes (command codes) and control codes of the requests since the last call, in hex.

@@ -1,10 +1,9 @@
 #include "pipe_peer.h"
+#include "support/patience.h"
 
 #include <QElapsedTimer>
 
 namespace {
-
-constexpr qint64 patience = 45000; // ms
 
 DWORD resultOf(BOOL succeeded)
 {

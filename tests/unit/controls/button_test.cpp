@@ -1,4 +1,5 @@
 #include "controls/button.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 
 #include <QApplication>
@@ -245,7 +246,7 @@ void ButtonTest::ringStaysClearOfTheText()
     window.resize(100, 60);
     window.show();
     window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
+    QVERIFY(QTest::qWaitForWindowActive(&window, patience));
     button.clearFocus();
     const auto picture = [&] { return button.grab().toImage(); };
     const QImage without = picture();

@@ -1,3 +1,4 @@
+#include "support/patience.h"
 #include "support/test_main.h"
 #include "unit/controls/knob_stage.h"
 
@@ -92,7 +93,7 @@ void KnobEditorTest::itsOwnClicksLeaveItOpen()
     stage.doubleClick(editor.geometry().center());
     const std::unique_ptr<QMenu> menu(editor.createStandardContextMenu());
     menu->popup(stage.window.mapToGlobal(QPoint(5, 5)));
-    QVERIFY(QTest::qWaitForWindowExposed(menu.get(), 30000));
+    QVERIFY(QTest::qWaitForWindowExposed(menu.get(), patience));
     QTest::mouseClick(menu.get(), Qt::LeftButton, {},
                       menu->actionGeometry(menu->actions().constLast()).center());
     QCOMPARE(stage.announced(), QList<int>{});

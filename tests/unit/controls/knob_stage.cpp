@@ -1,4 +1,5 @@
 #include "unit/controls/knob_stage.h"
+#include "support/patience.h"
 
 #include <QApplication>
 #include <QTest>
@@ -16,7 +17,6 @@ KnobStage::KnobStage()
 
 bool KnobStage::show()
 {
-    constexpr int patience = 30000; // Milliseconds.
     window.show();
     window.activateWindow();
     return QTest::qWaitForWindowActive(&window, patience) &&

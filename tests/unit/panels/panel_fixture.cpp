@@ -1,6 +1,7 @@
 #include "panel_fixture.h"
 
 #include "controls/read_out.h"
+#include "support/patience.h"
 #include "support/settings_files.h"
 
 #include <QApplication>
@@ -32,7 +33,7 @@ void PanelFixture::start(const QString& model)
 void PanelFixture::settle()
 {
     panel->show();
-    QVERIFY(QTest::qWaitForWindowExposed(panel.get()));
+    QVERIFY(QTest::qWaitForWindowExposed(panel.get(), patience));
     simulated.control().clearTrace();
     log().clear();
 }

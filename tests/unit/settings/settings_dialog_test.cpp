@@ -2,6 +2,7 @@
 #include "support/debug_log.h"
 #include "support/file_access.h"
 #include "support/ini_file.h"
+#include "support/patience.h"
 #include "support/settings_files.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
@@ -162,7 +163,7 @@ void SettingsDialogTest::fitsTheErrorLine()
             dialog->setHidden(hidden);
             countErrors(errors);
             dialog->show();
-            QTRY_COMPARE_WITH_TIMEOUT(dialog->size(), errors == 0 ? without : with, 45000);
+            QTRY_COMPARE_WITH_TIMEOUT(dialog->size(), errors == 0 ? without : with, patience);
         }
     }
 }
@@ -172,7 +173,7 @@ void SettingsDialogTest::wheelOverLists()
 {
     dialog->loadSettings();
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), 45000));
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), patience));
     const auto lists = dialog->findChildren<QComboBox*>();
     for (QComboBox* combo : lists) {
         const int chosen = combo->currentIndex();
@@ -192,7 +193,7 @@ void SettingsDialogTest::wheelOverLists()
     combo->setMaxVisibleItems(2);
     combo->setStyleSheet(QStringLiteral("combobox-popup: 0"));
     combo->showPopup();
-    QVERIFY(QTest::qWaitForWindowExposed(combo->view()->window(), 45000));
+    QVERIFY(QTest::qWaitForWindowExposed(combo->view()->window(), patience));
     const int before = combo->view()->verticalScrollBar()->value();
     turnWheel(*combo->view()->viewport(), before == 0 ? -120 : 120);
     QVERIFY(combo->view()->verticalScrollBar()->value() != before);

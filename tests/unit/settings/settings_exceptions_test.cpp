@@ -15,8 +15,6 @@
 #include <memory>
 #include <optional>
 
-using ScriptedPlatform::Reaction;
-
 /// What no driver and no user brings about, so that no sequence of the oracle's has it: the phone
 /// input chip, which fails only by an exception, and choices that the lists do not have.
 class SettingsExceptionsTest : public QObject
@@ -99,7 +97,7 @@ void SettingsExceptionsTest::timedSteps()
     QFETCH(const int, throwing);
     QFETCH(const QString, requests);
     QFETCH(const QString, line);
-    ScriptedPlatform::onOpcode(static_cast<std::uint8_t>(throwing), Reaction::throwStandard);
+    ScriptedPlatform::throwOn(static_cast<std::uint8_t>(throwing));
     if (arrival)
         dialog->refreshFromDevice();
     else

@@ -1,6 +1,7 @@
 #include "pipe_peer.h"
 #include "settings/settings.h"
 #include "support/debug_log.h"
+#include "support/patience.h"
 #include "support/rounds.h"
 #include "support/test_main.h"
 
@@ -9,12 +10,9 @@
 #include <QThread>
 
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <deque>
 #include <optional>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -95,8 +93,7 @@ void SettingsFloodTest::init()
     dialog = std::make_unique<Settings>();
     // Fonts and styles are loaded for the first window of a program.
     dialog->showFromPipe();
-    QVERIFY(QTest::qWaitForWindowExposed(dialog.get()));
-    QTest::qWait(100);
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), patience));
 }
 
 void SettingsFloodTest::cleanup()
@@ -113,7 +110,7 @@ bool SettingsFloodTest::isServed()
         if (client.connect() == ERROR_SUCCESS && client.write(openMessage) == ERROR_SUCCESS)
             client.waitForParting();
     });
-    const bool shown = QTest::qWaitFor([this] { return dialog->isVisible(); }, 60000);
+    const bool shown = QTest::qWaitFor([this] { return dialog->isVisible(); }, patience);
     visitor.join();
     return shown;
 }
@@ -139,6 +136,8 @@ void SettingsFloodTest::silentClients()
     std::atomic<bool> over = false;
     std::thread silent([&] {
         std::deque<PipePeer::Client> clients;
+        if (clients.emplace_back(PipePeer::settingsPipe).connect() == ERROR_SUCCESS)
+            ++connected;
         for (int i = 0; i < 50; ++i) {
             if (clients.emplace_back(PipePeer::settingsPipe).tryConnect() == ERROR_SUCCESS)
                 ++connected;
@@ -147,7 +146,7 @@ void SettingsFloodTest::silentClients()
         clients.clear();
         over = true;
     });
-    const bool ended = QTest::qWaitFor([&] { return over.load(); }, 60000);
+    const bool ended = QTest::qWaitFor([&] { return over.load(); }, patience);
     silent.join();
     QVERIFY(ended);
     QVERIFY(connected >= 1);

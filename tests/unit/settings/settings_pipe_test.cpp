@@ -2,6 +2,7 @@
 #include "pipe_peer.h"
 #include "settings/settings.h"
 #include "support/debug_log.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 
 #include <QElapsedTimer>
@@ -14,8 +15,6 @@
 #include <optional>
 
 namespace {
-
-constexpr int patience = 45000; // ms
 
 const QString running = QStringLiteral("ThreadSettingsPip is running waiting Asio Info...");
 const QString shown = QStringLiteral("Received signal from pipe thread to show settings window.");

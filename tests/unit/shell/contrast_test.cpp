@@ -2,6 +2,7 @@
 #include "controls/knob.h"
 #include "shell/tray_icon.h"
 #include "support/contrast.h"
+#include "support/panel_table.h"
 #include "support/test_main.h"
 #include "window_stage.h"
 
@@ -195,10 +196,10 @@ void ContrastTest::panels_data()
 {
     QTest::addColumn<std::uint32_t>("productId");
     for (const char* style : {"fusion", "windows"}) {
-        for (const char* colors : {"usual", "white on black", "black on white", "odd"})
+        for (const char* colors : {"usual", "white on black", "black on white"})
             QTest::addRow("%s, %s, ka2", colors, style) << SimulatorControl::ka2;
-        QTest::addRow("odd, %s, ka1", style) << SimulatorControl::ka1;
-        QTest::addRow("odd, %s, ks", style) << SimulatorControl::ks;
+        for (const PanelTable::Model& model : PanelTable::models)
+            QTest::addRow("odd, %s, %s", style, model.name) << model.productId;
     }
 }
 

@@ -2,6 +2,7 @@
 #include "shell/tray_icon.h"
 #include "support/debug_log.h"
 #include "support/fake_program.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 
 #include <QApplication>
@@ -29,7 +30,6 @@ std::wstring systemFolder()
 /// In place of the toolkit's.
 bool QProcess::waitForFinished(int milliseconds)
 {
-    constexpr int patience = 60000;
     timeLimit = milliseconds;
     return !timeIsUp &&
            QTest::qWaitFor([this] { return state() == QProcess::NotRunning; }, patience);
@@ -57,7 +57,7 @@ void DesktopProgramsTest::soundPanelOpens()
     // Windows looks for the program in the current folder first.
     QCOMPARE(QDir::currentPath(), programFolder);
     QCOMPARE(log.take(), QStringList{"声音设置面板已打开。"});
-    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(control.arguments(), QStringList{"mmsys.cpl"}, patience);
 }
 
 void DesktopProgramsTest::soundPanelMissing()

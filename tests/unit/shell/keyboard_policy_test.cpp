@@ -1,5 +1,6 @@
 #include "controls/button.h"
 #include "controls/knob.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 #include "support/window_activation.h"
 #include "window_stage.h"
@@ -25,7 +26,6 @@ constexpr const char* pad = "Button/Mic120dBIsChecked";
 constexpr const char* phantom = "Button/Mic148VIsChecked";
 constexpr const char* last = "Dial/OtgToHpValue";
 constexpr int start = 20;
-constexpr int patience = 30000; ///< milliseconds
 
 const QList<Qt::Key> allButTab{Qt::Key_End,   Qt::Key_Home,   Qt::Key_Up,       Qt::Key_Down,
                                Qt::Key_Left,  Qt::Key_Right,  Qt::Key_PageUp,   Qt::Key_PageDown,
@@ -453,7 +453,7 @@ void KeyboardPolicyTest::onlyNumbersAreTaken_data()
         QMenu menu;
         menu.addAction("Quit");
         menu.popup({0, 0});
-        QVERIFY(QTest::qWaitForWindowExposed(&menu));
+        QVERIFY(QTest::qWaitForWindowExposed(&menu, patience));
     });
     row("out of sight", [this] {
         window->hide();

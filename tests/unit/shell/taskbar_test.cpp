@@ -1,5 +1,6 @@
 #include "platform/taskbar.h"
 #include "platform/win32.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 
 #include <QAbstractNativeEventFilter>
@@ -51,7 +52,7 @@ void TaskbarTest::trayIconHearsOfIt()
     QSystemTrayIcon icon{QIcon(picture)};
     icon.show();
     announceTaskbar();
-    QTRY_COMPARE(announcements.count, 1);
+    QTRY_COMPARE_WITH_TIMEOUT(announcements.count, 1, patience);
 }
 
 QUORVEL_TEST_MAIN(TaskbarTest)

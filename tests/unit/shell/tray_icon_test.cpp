@@ -1,6 +1,7 @@
 #include "settings/settings.h"
 #include "shell/main_window.h"
 #include "shell/tray_icon.h"
+#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/test_main.h"
@@ -17,8 +18,6 @@
 #include <iostream>
 
 namespace {
-
-constexpr int patience = 30000; ///< milliseconds
 
 /// Counts the events of one type that reach a widget.
 class EventCount : public QObject

@@ -1,5 +1,6 @@
 #include "platform/taskbar.h"
 #include "shell/tray_icon.h"
+#include "support/patience.h"
 #include "support/test_main.h"
 
 #include <QScopeGuard>
@@ -88,7 +89,7 @@ void TrayRetryTest::asksUntilTheIconIsThere()
     QVERIFY(retry != nullptr && retry->isActive());
     QCOMPARE(retry->interval(), 5000);
     retry->setInterval(0);
-    QTRY_VERIFY_WITH_TIMEOUT(tray.findChild<QTimer*>() == nullptr, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(tray.findChild<QTimer*>() == nullptr, patience);
     QCOMPARE(busy.asked, asked);
 }
 

@@ -1,5 +1,6 @@
 #include "controls/button.h"
 #include "controls/knob.h"
+#include "support/panel_table.h"
 #include "support/screen_picture.h"
 #include "support/test_main.h"
 #include "window_stage.h"
@@ -122,9 +123,8 @@ void WindowMonitorTest::showPanel(std::uint32_t productId)
 void WindowMonitorTest::panel_data()
 {
     QTest::addColumn<std::uint32_t>("productId");
-    QTest::newRow("ka1") << SimulatorControl::ka1;
-    QTest::newRow("ka2") << SimulatorControl::ka2;
-    QTest::newRow("ks") << SimulatorControl::ks;
+    for (const PanelTable::Model& model : PanelTable::models)
+        QTest::newRow(model.name) << model.productId;
 }
 
 void WindowMonitorTest::panel()

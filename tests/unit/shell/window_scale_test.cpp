@@ -1,6 +1,7 @@
 #include "controls/button.h"
 #include "controls/knob.h"
-#include "support/ini_file.h"
+#include "support/panel_table.h"
+#include "support/patience.h"
 #include "support/screen_picture.h"
 #include "support/test_main.h"
 #include "support/window_activation.h"
@@ -85,9 +86,8 @@ void WindowScaleTest::scaleIsTheOneAskedFor()
 void WindowScaleTest::panels_data()
 {
     QTest::addColumn<std::uint32_t>("productId");
-    QTest::newRow("ka1") << SimulatorControl::ka1;
-    QTest::newRow("ka2") << SimulatorControl::ka2;
-    QTest::newRow("ks") << SimulatorControl::ks;
+    for (const PanelTable::Model& model : PanelTable::models)
+        QTest::newRow(model.name) << model.productId;
 }
 
 void WindowScaleTest::panels()
@@ -127,7 +127,7 @@ void WindowScaleTest::useEditors()
 void WindowScaleTest::moveFocus()
 {
     requestActivation(*window);
-    QVERIFY(QTest::qWaitForWindowActive(window.get(), 30000));
+    QVERIFY(QTest::qWaitForWindowActive(window.get(), patience));
     const auto controls =
         window->findChildren<Knob*>().size() + window->findChildren<Button*>().size();
     for (qsizetype step = 0; step <= controls; ++step) {

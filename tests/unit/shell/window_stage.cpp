@@ -1,6 +1,7 @@
 #include "window_stage.h"
 
 #include "controls/window_placement.h"
+#include "support/patience.h"
 
 #include <QAbstractEventDispatcher>
 #include <QTest>
@@ -69,7 +70,6 @@ bool WindowStage::showPanel(std::uint32_t productId)
 
 bool WindowStage::show(QWidget& shown)
 {
-    constexpr int patience = 30000;
     shown.show();
     return QTest::qWaitForWindowExposed(&shown, patience);
 }

@@ -1,5 +1,6 @@
 #include "platform/win32.h"
 #include "simulator/client/simulator_control.h"
+#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/simulator_host.h"
 #include "support/test_main.h"
@@ -144,11 +145,11 @@ void SimulatorHostTest::crashedProgramLosesItsHandles()
         readNumber(openDevice(LR"(\\.\QuorvelAudioBus0)"), 0xFFDC2084, product);
         ::_exit(0);
     }
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().requests, 1u, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().requests, 1u, patience);
     QCOMPARE(simulated.openHandles(), 1);
     QCOMPARE(::kill(child, SIGKILL), 0);
     QCOMPARE(::waitpid(child, nullptr, 0), child);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.openHandles(), 0, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(simulated.openHandles(), 0, patience);
 }
 
 void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
@@ -166,7 +167,7 @@ void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
     QCOMPARE(::kill(pid, SIGCONT), 0);
     QVERIFY(closing.get());
     QVERIFY(status == std::future_status::ready);
-    QTRY_COMPARE_WITH_TIMEOUT(control.state().openHandles, 0u, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(control.state().openHandles, 0u, patience);
 }
 
 QUORVEL_TEST_MAIN(SimulatorHostTest)

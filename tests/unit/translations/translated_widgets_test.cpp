@@ -8,6 +8,7 @@
 #include "shell/tray_icon.h"
 #include "support/debug_log.h"
 #include "support/panel_table.h"
+#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/test_main.h"
@@ -64,7 +65,6 @@ private:
 
 namespace {
 
-constexpr int patience = 30000; ///< milliseconds
 const QString english = QStringLiteral("en_US");
 const QString chinese = QStringLiteral("zh_CN");
 
