@@ -52,6 +52,10 @@ IniFile parseIni(std::string_view text)
 {
     IniFile file;
     std::string section;
+    // Editors of Windows put it before what they save as UTF-8.
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(byteOrderMark))
+        text.remove_prefix(byteOrderMark.size());
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = trimmed(text.substr(0, end));

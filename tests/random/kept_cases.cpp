@@ -210,6 +210,17 @@ void addFileTroubles(Cases& cases, const Model& model)
         {begin(), plug(model), troubles, parseSequence("quit\nstart C\nwait 1200\n"), over});
 }
 
+/// As an editor of Windows saves it.
+void addMarkedFile(Cases& cases, const Model& model)
+{
+    Action file = fileWith(model, [](const Control& control) {
+        return control.isKnob() ? std::string("3") : std::string("true");
+    });
+    file.arguments.back().insert(0, "\xEF\xBB\xBF");
+    add(cases, model, "byte order mark",
+        {{file}, begin(), plug(model), usePanel(model), lose(), plug(model)});
+}
+
 /// Full scale, its mean, silence, a mean that is truncated toward zero and sums that wrap.
 void addLevels(Cases& cases, const Model& model)
 {
@@ -258,6 +269,7 @@ std::vector<MatrixCase> keptCases()
         addRefusedControls(cases, model);
         addArrivals(cases, model);
         addStoredFiles(cases, model);
+        addMarkedFile(cases, model);
         addFileTroubles(cases, model);
         addLevels(cases, model);
         addVersions(cases, model);
