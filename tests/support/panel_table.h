@@ -15,6 +15,7 @@ struct Control
     const char* key;  ///< in the INI file and as object name; a read-out has none
     const char* name; ///< for screen readers
     const char* text; ///< on the button, or beside the knob
+    int opcode = 0;   ///< of the command that a switch of an input sends
 
     constexpr bool isKnob() const { return std::string_view(key).starts_with("Dial/"); }
     constexpr bool isButton() const { return std::string_view(key).starts_with("Button/"); }
@@ -41,9 +42,9 @@ struct Model
 
 inline constexpr Control ka1[] = {
     {"Dial/MicValue", "<INPUT> <Gain>", "<Gain>"},
-    {"Button/MicInstrIsChecked", "<INPUT> <INST>", "<MIC>"},
-    {"Button/Mic20dBIsChecked", "<INPUT> <20dB>", "<20dB>"},
-    {"Button/Mic48VIsChecked", "<INPUT> <48V>", "<48V>"},
+    {"Button/MicInstrIsChecked", "<INPUT> <INST>", "<MIC>", 0x64},
+    {"Button/Mic20dBIsChecked", "<INPUT> <20dB>", "<20dB>", 0x5A},
+    {"Button/Mic48VIsChecked", "<INPUT> <48V>", "<48V>", 0x5B},
     {"Button/MonitorMicIsChecked", "<INPUT> <DIRECT>", "<DIRECT>"},
     {"Dial/HeadphoneValue", "<HEADPHONE> <Volume>", "<Volume>"},
     {"Button/HeadphoneMuteIsChecked", "<HEADPHONE> <MUTE>", "<MUTE>"},

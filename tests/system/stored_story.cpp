@@ -1,14 +1,18 @@
 #include "system/stored_story.h"
 
+#include "support/panel_table.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
+const QString panelFile = QStringLiteral("ka1.ini/");
 const QString volumeKey = QStringLiteral("ka1.ini/Dial/HeadphoneValue");
 const QString muteKey = QStringLiteral("ka1.ini/Button/HeadphoneMuteIsChecked");
 const QString dimKey = QStringLiteral("ka1.ini/Button/HeadphoneDimIsChecked");
@@ -42,19 +46,36 @@ int decibels(double gain)
 /// What an interface with these files is told if nobody touches anything.
 StoredStory::Entries withDefaults(const StoredStory::Entries& files)
 {
-    StoredStory::Entries entries{
-        {micKey, QStringLiteral("0")},
-        {phoneKey, QStringLiteral("0")},
-        {monitorKey, truth(false)},
-        {volumeKey, QString::number(floorDb)},
-        {muteKey, truth(false)},
-        {dimKey, truth(false)},
-        {QStringLiteral("ka1.ini/Button/MicInstrIsChecked"), truth(false)},
-        {QStringLiteral("ka1.ini/Button/Mic20dBIsChecked"), truth(false)},
-        {QStringLiteral("ka1.ini/Button/Mic48VIsChecked"), truth(false)},
-    };
+    StoredStory::Entries entries;
+    for (const PanelTable::Control& control : PanelTable::ka1) {
+        if (control.isButton())
+            entries.insert(panelFile + control.key, truth(false));
+        else if (control.isKnob())
+            entries.insert(panelFile + control.key, QStringLiteral("0"));
+    }
+    entries.insert(volumeKey, QString::number(floorDb));
     entries.insert(files);
     return entries;
+}
+
+/// The switch that sends a command with this opcode; empty when there is none.
+QString switchWith(int opcode)
+{
+    const auto* const found =
+        std::ranges::find(PanelTable::ka1, opcode, &PanelTable::Control::opcode);
+    return found != std::end(PanelTable::ka1) && opcode != 0 ? panelFile + found->key : QString();
+}
+
+/// Whether the requests tell this entry. The headphone's three are told by one level together, and
+/// of a control that is not known here nothing is.
+bool isTold(const QString& key)
+{
+    if (!key.startsWith(panelFile) || key == QLatin1String(micKey) ||
+        key == QLatin1String(phoneKey) || key == QLatin1String(monitorKey))
+        return true;
+    return std::ranges::any_of(PanelTable::ka1, [&](const PanelTable::Control& control) {
+        return control.opcode != 0 && key == panelFile + control.key;
+    });
 }
 
 QString number(const QByteArray& input)
@@ -157,21 +178,15 @@ void StoredStory::takeCommand(const QByteArray& packet)
 {
     switch (packet.at(1)) {
     case 0x07:
-        announce(micKey, QString::number(qFromLittleEndian<quint16>(packet.constData() + 5) / 2));
-        break;
-    case 0x64:
-        announce("ka1.ini/Button/MicInstrIsChecked", truth(packet.at(3) != 0));
-        break;
-    case 0x5A:
-        announce("ka1.ini/Button/Mic20dBIsChecked", truth(packet.at(3) != 0));
-        break;
-    case 0x5B:
-        announce("ka1.ini/Button/Mic48VIsChecked", truth(packet.at(3) != 0));
+        announce(QLatin1String(micKey),
+                 QString::number(qFromLittleEndian<quint16>(packet.constData() + 5) / 2));
         break;
     case 0x5E: // A sample rate that is sent again at arrival is not saved.
         choice.reset();
         break;
     default:
+        if (const QString key = switchWith(packet.at(1)); !key.isEmpty())
+            announce(key, truth(packet.at(3) != 0));
         break;
     }
 }
@@ -227,10 +242,10 @@ void StoredStory::applyChoice()
     choiceCount += replayed ? 1 : 0;
 }
 
-void StoredStory::announce(const char* key, const QString& value)
+void StoredStory::announce(const QString& key, const QString& value)
 {
-    pending.insert(QLatin1String(key), value);
-    received.insert(QLatin1String(key), value);
+    pending.insert(key, value);
+    received.insert(key, value);
     changeCount += replayed ? 1 : 0;
 }
 
@@ -250,8 +265,7 @@ void StoredStory::judgeReplay()
     if (std::exchange(replayed, true))
         return;
     Entries expected = settled;
-    for (const QString& key : {volumeKey, muteKey, dimKey})
-        expected.remove(key);
+    expected.removeIf([](const auto& entry) { return !isTold(entry.key()); });
     expected.insert(levelReceived, QString::number(outputs.first().level()));
     // What a list shows anyway is no change, and not sent.
     expected.removeIf([](const auto& entry) {
@@ -277,9 +291,8 @@ QString StoredStory::flawOf(const Entries& files) const
             .arg(output.dimmed);
     for (auto entry = files.cbegin(); entry != files.cend(); ++entry) {
         const QString& key = entry.key();
-        if (key == volumeKey || key == muteKey || key == dimKey)
-            continue;
-        if (entry.value() != settled.value(key) && entry.value() != pending.value(key))
+        if (isTold(key) && entry.value() != settled.value(key) &&
+            entry.value() != pending.value(key))
             return QStringLiteral("%1 is %2, but was %3, then %4")
                 .arg(key, entry.value(), settled.value(key), pending.value(key));
     }

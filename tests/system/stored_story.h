@@ -59,7 +59,7 @@ private:
     void takeTable(const QMap<int, double>& changedCells);
     void choose(const char* key, const QString& value);
     void applyChoice();
-    void announce(const char* key, const QString& value);
+    void announce(const QString& key, const QString& value);
     void takeAsSaved();
     void judgeReplay();
     /// What one turn or click may have made of the headphone for it to have this level.
