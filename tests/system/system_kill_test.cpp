@@ -273,8 +273,9 @@ void SystemKill::playRound(int round)
     QVERIFY(simulator().plug(QStringLiteral("ka1")));
     story = std::make_unique<StoredStory>(files);
     program = session().startCopy();
-    const Ending ending = round % askedOnce == askedOnce - 1 ? Ending::asked : Ending::killed;
+    Ending ending = round % askedOnce == askedOnce - 1 ? Ending::asked : Ending::killed;
     if (round % earlyOnce == earlyOnce - 1) {
+        ending = Ending::killed;
         cutStartShort();
     } else {
         QVERIFY(program->waitForLine(shown));
