@@ -2,17 +2,15 @@
 #include "system/desktop/process_figures.h"
 #include "system/desktop/system_test.h"
 #include "system/desktop/target.h"
-#include "system/desktop/tray_menu.h"
 #include "system/desktop/wait_until.h"
 
-#include <QFile>
+#include <algorithm>
 
 namespace {
 
-/// In the time of so many reads of the levels, which a connected panel's timers leave at 18
-/// wake-ups; a frame rate is far above.
-constexpr int reads = 4;
-constexpr qint64 mostWakeUps = 80;
+/// For each read of the levels, which a connected panel's timers leave at 4 to 8; a frame rate is
+/// far above.
+constexpr qint64 mostWakeUps = 20;
 
 } // namespace
 
@@ -26,19 +24,15 @@ private slots:
     void speaksTheLanguageOfTheDesktop();
 
 private:
-    bool waitForReads();
+    /// How often the levels have been read since the trace was cleared; 0 without an answer.
+    qint64 reads();
 };
 
-bool SystemStart::waitForReads()
+qint64 SystemStart::reads()
 {
     constexpr quint32 readLevels = 0xFFDC2074;
-    return simulator().clearTrace() && waitUntil([this] {
-               const auto requests = simulator().requests();
-               return requests && std::count_if(requests->begin(), requests->end(),
-                                                [](const TracedRequest& request) {
-                                                    return request.code == readLevels;
-                                                }) >= reads;
-           });
+    const auto requests = simulator().requests().value_or(QList<TracedRequest>());
+    return std::ranges::count(requests, readLevels, &TracedRequest::code);
 }
 
 void SystemStart::findsWhatIsPluggedInLater()
@@ -60,14 +54,17 @@ void SystemStart::findsWhatIsPluggedInLater()
     QCOMPARE(Desktop::trayIcons().value_or(QList<QRect>()).size(), 1);
 
     QVERIFY(simulator().moveLevels());
+    // The reads are counted around the wake-ups, however long the looks take.
+    QVERIFY(simulator().clearTrace());
     const auto before = ProcessFigures::of(panel().processId());
-    QVERIFY(waitForReads());
+    QVERIFY(waitUntil([this] { return reads() >= 4; }));
     const auto after = ProcessFigures::of(panel().processId());
+    const qint64 readCount = reads();
     QVERIFY(before && after);
     const qint64 wakeUps = after->wakeUps - before->wakeUps;
-    qInfo("%lld wake-ups, window shown and levels moving", wakeUps);
+    qInfo("%lld wake-ups in %lld reads, window shown and levels moving", wakeUps, readCount);
     // Under Wine each call that waits for its server counts as well.
-    QVERIFY2(Target::isWindows() || (wakeUps > 0 && wakeUps <= mostWakeUps),
+    QVERIFY2(Target::isWindows() || (wakeUps > 0 && wakeUps <= mostWakeUps * readCount),
              qPrintable(QString::number(wakeUps)));
 }
 
