@@ -63,11 +63,10 @@ private:
     bool interpreterIsAwaited();
     bool resetIsAwaited();
     bool editorIsOpen();
-    bool noDeviceIsServed();
 
     /// Plugs a KA1 in that holds back its next answer to this request.
     bool plugSlowKa1(const QString& code);
-    bool lastRequestIs(quint32 code);
+    bool isHeldBack(quint32 code);
     /// Waits for a further window of the panel: a menu, a box or a list.
     bool takePopup(const QStringList& before);
     /// Presses the keys in the dialog until `done`.
