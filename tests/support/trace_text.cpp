@@ -5,10 +5,8 @@
 namespace {
 
 constexpr std::uint32_t commandCode = 0xFFDC209C;
-constexpr std::uint32_t replyCode = 0xFFDC20A0;
 constexpr std::uint32_t tableCode = 0xFFDC2040;
 constexpr int packetSize = 37;
-constexpr int firmwareReplySize = 32;
 
 QString head(int handle, std::uint32_t code)
 {
@@ -31,15 +29,6 @@ QString TraceText::request(int handle, std::uint32_t code, int outputSize)
     return input(handle, code, QString(), outputSize);
 }
 
-QString TraceText::set32(int handle, std::uint32_t code, std::uint32_t value)
-{
-    QStringList bytes;
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        bytes.append(
-            QString::number((value >> shift) & 0xFFU, 16).toUpper().rightJustified(2, u'0'));
-    return input(handle, code, bytes.join(u' '));
-}
-
 QString TraceText::input(int handle, std::uint32_t code, const QString& bytes, int outputSize)
 {
     return QStringLiteral("%1 in=%2 out=%3").arg(head(handle, code), bytes).arg(outputSize);
@@ -48,11 +37,6 @@ QString TraceText::input(int handle, std::uint32_t code, const QString& bytes, i
 QString TraceText::command(int handle, const QString& leadingBytes)
 {
     return input(handle, commandCode, packet(leadingBytes));
-}
-
-QString TraceText::firmwareRequest(int handle)
-{
-    return input(handle, replyCode, packet(QStringLiteral("01 65")), firmwareReplySize);
 }
 
 QString TraceText::table(int handle, const QString& changedCells)

@@ -11,17 +11,11 @@ namespace TraceText {
 /// A request without input: an action, or a read of `outputSize` bytes.
 QString request(int handle, std::uint32_t code, int outputSize = 0);
 
-/// A plain setter of a 32-bit number.
-QString set32(int handle, std::uint32_t code, std::uint32_t value);
-
 /// A request with the input bytes given as blank-separated hex.
 QString input(int handle, std::uint32_t code, const QString& bytes, int outputSize = 0);
 
 /// A 37-byte command: the bytes given, the rest zero.
 QString command(int handle, const QString& leadingBytes);
-
-/// The firmware-version request.
-QString firmwareRequest(int handle);
 
 /// A mixer table, told by the cells that differ from the last one: "2048=1 2081=1".
 QString table(int handle, const QString& changedCells);

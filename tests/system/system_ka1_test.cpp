@@ -1,4 +1,3 @@
-#include "support/panel_table.h"
 #include "support/test_main.h"
 #include "system/desktop/picture_search.h"
 #include "system/desktop/system_test.h"

@@ -1,6 +1,5 @@
 #include "support/test_main.h"
 #include "system/desktop/system_test.h"
-#include "system/desktop/target.h"
 #include "system/desktop/tray_menu.h"
 #include "system/desktop/wait_until.h"
 

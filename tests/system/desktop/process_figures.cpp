@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include <unistd.h>
-
 namespace {
 
 std::optional<QByteArray> contentOf(const QString& fileName)
@@ -76,25 +74,13 @@ int socketsAmong(const QStringList& files)
 std::optional<ProcessFigures> ProcessFigures::of(qint64 processId)
 {
     const QString folder = QStringLiteral("/proc/%1").arg(processId);
-    const auto text = contentOf(folder + QStringLiteral("/stat"));
     const auto files = entriesOf(folder + QStringLiteral("/fd"));
     const auto threads = entriesOf(folder + QStringLiteral("/task"));
     const auto memory = statusOf(folder, "RssAnon");
-    if (!text || !files || !threads || !memory)
-        return std::nullopt;
-
-    // The fields are counted behind the name, which may hold blanks itself.
-    const QList<QByteArray> fields = text->mid(text->lastIndexOf(')') + 2).split(' ');
-    constexpr int userTime = 11;
-    constexpr int systemTime = 12;
-    const auto user = number(fields.value(userTime));
-    const auto system = number(fields.value(systemTime));
-    if (!user || !system)
+    if (!files || !threads || !memory)
         return std::nullopt;
 
     ProcessFigures figures;
-    figures.processorTime =
-        std::chrono::milliseconds((*user + *system) * 1000 / sysconf(_SC_CLK_TCK));
     figures.openFiles = static_cast<int>(files->size());
     figures.sockets = socketsAmong(*files);
     figures.memory = *memory;

@@ -3,13 +3,11 @@
 #include <QStringList>
 #include <QtGlobal>
 
-#include <chrono>
 #include <optional>
 
 /// What the system's process table says about a running program.
 struct ProcessFigures
 {
-    std::chrono::milliseconds processorTime{}; ///< User and system time since its start.
     int openFiles = 0;
     int sockets = 0; ///< Among the open files.
     int threads = 0;
