@@ -15,6 +15,14 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# Of what a program can do against its own mistakes this compiler has these; address space layout,
+# data execution and relocations are the linker's own defaults. CET's marks are all it knows of
+# control-flow guards.
+foreach(language C CXX)
+    set(CMAKE_${language}_FLAGS_INIT
+        "-fstack-protector-strong -D_FORTIFY_SOURCE=2 -fcf-protection=full")
+endforeach()
+
 # A link time inside the files would make every build differ from the last.
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wl,--no-insert-timestamp")
