@@ -1,8 +1,8 @@
 # The LLVM tools that judge the sources. Needs common.sh.
 # shellcheck shell=bash
 
-# Other versions judge differently.
-clang_version=14
+# Other versions judge differently; Debian 13 and Debian 12 both have this one.
+clang_version=19
 
 # clang_tool NAME: prints the command of clang-format or clang-tidy in that version.
 clang_tool()

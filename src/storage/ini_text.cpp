@@ -62,7 +62,7 @@ void IniText::append(const QByteArray& bytes)
     }
 }
 
-qsizetype IniText::lastWith(QByteArray Line::*part, const QByteArray& text) const
+qsizetype IniText::lastWith(QByteArray Line::* part, const QByteArray& text) const
 {
     const auto found = std::find_if(lines.crbegin(), lines.crend(), [&](const Line& line) {
         return (line.*part).compare(text, Qt::CaseInsensitive) == 0;

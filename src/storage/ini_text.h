@@ -33,7 +33,7 @@ private:
 
     void append(const QByteArray& bytes);
     /// The last line whose group or name is this one; -1 when there is none.
-    qsizetype lastWith(QByteArray Line::*part, const QByteArray& text) const;
+    qsizetype lastWith(QByteArray Line::* part, const QByteArray& text) const;
 
     QList<Line> lines;
     QByteArray group; ///< of what is appended next

@@ -123,9 +123,7 @@ void note(int file, const char* path, int flags)
 {
     if ((flags & O_ACCMODE) == O_RDONLY || !std::string_view(path).starts_with(folder))
         return;
-    struct stat status
-    {
-    };
+    struct stat status{};
     if (fstat(file, &status) != 0)
         return;
     const std::lock_guard guard(mutex);
@@ -137,9 +135,7 @@ bool isOpenFile(int file)
 {
     const std::lock_guard guard(mutex);
     const auto found = openFiles.find(file);
-    struct stat status
-    {
-    };
+    struct stat status{};
     return found != openFiles.end() && fstat(file, &status) == 0 &&
            status.st_dev == found->second.device && status.st_ino == found->second.inode;
 }

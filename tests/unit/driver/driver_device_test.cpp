@@ -282,10 +282,8 @@ void DriverDeviceTest::commands_data()
         "Failed to set mic 20dB");
     alike(
         "setMic48V", [](D& d) { return d.setMic48V(2, 0); }, "015B000002", "Failed to set mic 48V");
-    alike(
-        "setOtgOn", [](D& d) { return d.setOtgOn(); }, "015F", "Failed to set OTG On");
-    alike(
-        "setOtgOff", [](D& d) { return d.setOtgOff(); }, "015E", "Failed to set OTG Off");
+    alike("setOtgOn", [](D& d) { return d.setOtgOn(); }, "015F", "Failed to set OTG On");
+    alike("setOtgOff", [](D& d) { return d.setOtgOff(); }, "015E", "Failed to set OTG Off");
     row(
         "setCloseFeedback", [](D& d) { return d.setCloseFeedback(); }, "0168",
         "Failed to set close feedback", "Failed to set close Feedback");
