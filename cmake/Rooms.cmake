@@ -3,8 +3,12 @@
 
 function(quorvel_common target)
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-    target_compile_options(${target} PRIVATE
-        -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4)
+    else()
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    endif()
     target_compile_definitions(${target} PRIVATE
         QT_NO_MESSAGELOGCONTEXT
         QT_NO_CAST_TO_ASCII
