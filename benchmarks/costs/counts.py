@@ -4,6 +4,7 @@ import json
 
 from costs import counting, resident
 from costs.session import ROOT
+from costs.table import qt_version
 
 KEPT = ROOT / "benchmarks/baseline.json"
 TOLERANCE = 1.1
@@ -20,17 +21,26 @@ def counts():
             "calls": counting.calls("benchmark-step", steps)}
 
 
+def read_kept():
+    """All kept counts, by the minor version of the toolkit that they were counted with, and ours."""
+    return json.loads(KEPT.read_text(encoding="ascii")), ".".join(qt_version().split(".")[:2])
+
+
 def keep_counts():
-    found = counts()
-    found["wake-ups"] = {"idle": MOST_WAKE_UPS}
-    KEPT.write_text(json.dumps(found, indent=4) + "\n", encoding="ascii")
+    kept, ours = read_kept()
+    kept[ours] = counts() | {"wake-ups": {"idle": MOST_WAKE_UPS}}
+    KEPT.write_text(json.dumps(kept, indent=4) + "\n", encoding="ascii")
     print(f"Written to {KEPT.relative_to(ROOT)}")
 
 
 def check_counts():
-    """Compares with the kept counts; returns the exit code. What its limit has grown by as well, on
-    another machine or with another version of the toolkit, is not the program's."""
-    kept = json.loads(KEPT.read_text(encoding="ascii"))
+    """Compares with the kept counts of this version of the toolkit, or else of the newest; returns the
+    exit code. What its limit has grown by as well, on another machine or with another version of
+    the toolkit, is not the program's."""
+    every, ours = read_kept()
+    version = ours if ours in every else max(every, key=lambda name: int(name.split(".")[1]))
+    print(f"Qt {ours}, compared with the counts of Qt {version}")
+    kept = every[version]
     found = counts()
     found["wake-ups"] = {"idle": resident.idle(20, 1)["program"][1]}
     limits = dict(counting.STEP_PAIRS + counting.PAINT_PAIRS)

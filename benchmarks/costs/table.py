@@ -52,13 +52,16 @@ def machine(under_wine=False):
 
 
 def native_programs():
-    return (f"Qt {package_version('libqt6widgets6')}, qasmixer {package_version('qasmixer')}, "
+    return (f"Qt {qt_version()}, qasmixer {package_version('qasmixer')}, "
             f"keepassxc {package_version('keepassxc')}")
 
 
 def wine_programs():
-    return (f"Wine {package_version('wine')}, Qt for Windows built from "
-            f"{package_version('qt6-base-dev')}")
+    return f"Wine {package_version('wine')}, Qt for Windows built from {qt_version()}"
+
+
+def qt_version():
+    return package_version("qt6-base-dev")
 
 
 def package_version(name):
