@@ -1,7 +1,7 @@
 #include "platform/win32.h"
-#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -44,7 +44,7 @@ void ShellContractTest::programIsFoundInThePath()
     const quintptr result = shellExecute("quorvel-simctl", "plug ks  7");
     qputenv("PATH", path);
     QVERIFY(result > 32);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().plugged, 1u, patience);
+    QUORVEL_TRY_COMPARE(simulated.control().state().plugged, 1u);
     QCOMPARE(simulated.control().state().productId, 15u);
     QCOMPARE(simulated.control().state().bus, 7u);
 }
@@ -56,7 +56,7 @@ void ShellContractTest::programIsStartedByItsPath()
         QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + "/quorvel-simctl")
             .toLocal8Bit();
     QVERIFY(shellExecute(file, "errors 12") > 32);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().usbStatus.errorCount, 12u, patience);
+    QUORVEL_TRY_COMPARE(simulated.control().state().usbStatus.errorCount, 12u);
 }
 
 void ShellContractTest::sleepTakesItsTime()

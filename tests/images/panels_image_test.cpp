@@ -1,7 +1,7 @@
 #include "images/image_compare.h"
 #include "panel_fixture.h"
-#include "support/patience.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QApplication>
 #include <QTest>
@@ -67,7 +67,7 @@ void PanelsImageTest::panels()
     IniFile::write(QString(model.name) + ".ini", mixedState(model));
     fixture.start(model.name);
     fixture.settle();
-    QTRY_COMPARE_WITH_TIMEOUT(fixture.readOuts().constFirst(), QString("-26.0 dB"), patience);
+    QUORVEL_TRY_COMPARE(fixture.readOuts().constFirst(), QString("-26.0 dB"));
     // As a window of its own, the panel gave the focus to its first control.
     fixture.panel->setFocus();
     // Less than the smallest button's caption.

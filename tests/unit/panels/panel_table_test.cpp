@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <utility>
 
 /// What stands on each panel, in words: that all of the table is there and nothing else, which
 /// texts ask for their translation, and that everything has its place. What the controls do is the
@@ -91,7 +92,7 @@ void PanelTableTest::texts()
     const auto isHeadingOf = [&](const QString& text, const PanelTable::Control& control) {
         return QString(control.name).startsWith(text + ' ');
     };
-    for (const QString& heading : qAsConst(texts)) {
+    for (const QString& heading : std::as_const(texts)) {
         QCOMPARE(texts.count(heading), 1);
         QVERIFY2(
             std::ranges::any_of(model.controls,

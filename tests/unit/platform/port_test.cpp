@@ -3,8 +3,8 @@
 #include "port/device_wire.h"
 #include "port/local_socket.h"
 #include "port/pipe_stream.h"
-#include "support/patience.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 #include "support/waiting_thread.h"
 
 #include <QDir>
@@ -299,8 +299,7 @@ void PortTest::endedProgramLeavesNoZombie()
 {
     const auto result = ShellExecuteA(nullptr, "open", "true", nullptr, nullptr, SW_SHOWNORMAL);
     QVERIFY(std::bit_cast<std::uintptr_t>(result) > 32);
-    QTRY_COMPARE_WITH_TIMEOUT(::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT), -1,
-                              patience);
+    QUORVEL_TRY_COMPARE(::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT), -1);
     QCOMPARE(errno, ECHILD);
 }
 

@@ -7,6 +7,7 @@
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -163,7 +164,7 @@ void SettingsDialogTest::fitsTheErrorLine()
             dialog->setHidden(hidden);
             countErrors(errors);
             dialog->show();
-            QTRY_COMPARE_WITH_TIMEOUT(dialog->size(), errors == 0 ? without : with, patience);
+            QUORVEL_TRY_COMPARE(dialog->size(), errors == 0 ? without : with);
         }
     }
 }

@@ -104,7 +104,7 @@ void KeyboardPolicyTest::init()
     window->hide();
     window->show();
     QVERIFY(activate(*window));
-    QTRY_VERIFY_WITH_TIMEOUT(!knob(gain).textRect.isNull(), patience);
+    QVERIFY(QTest::qWaitFor([&] { return !knob(gain).textRect.isNull(); }, patience));
     knob(gain).setValue(start);
     button(phantom).setOn(false);
     takeHeard();

@@ -1,7 +1,7 @@
 #include "platform/taskbar.h"
 #include "platform/win32.h"
-#include "support/patience.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
@@ -52,7 +52,7 @@ void TaskbarTest::trayIconHearsOfIt()
     QSystemTrayIcon icon{QIcon(picture)};
     icon.show();
     announceTaskbar();
-    QTRY_COMPARE_WITH_TIMEOUT(announcements.count, 1, patience);
+    QUORVEL_TRY_COMPARE(announcements.count, 1);
 }
 
 QUORVEL_TEST_MAIN(TaskbarTest)

@@ -1,9 +1,9 @@
 #include "platform/win32.h"
 #include "simulator/client/simulator_control.h"
-#include "support/patience.h"
 #include "support/simulated_interface.h"
 #include "support/simulator_host.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -145,11 +145,11 @@ void SimulatorHostTest::crashedProgramLosesItsHandles()
         readNumber(openDevice(LR"(\\.\QuorvelAudioBus0)"), 0xFFDC2084, product);
         ::_exit(0);
     }
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.control().state().requests, 1u, patience);
+    QUORVEL_TRY_COMPARE(simulated.control().state().requests, 1u);
     QCOMPARE(simulated.openHandles(), 1);
     QCOMPARE(::kill(child, SIGKILL), 0);
     QCOMPARE(::waitpid(child, nullptr, 0), child);
-    QTRY_COMPARE_WITH_TIMEOUT(simulated.openHandles(), 0, patience);
+    QUORVEL_TRY_COMPARE(simulated.openHandles(), 0);
 }
 
 void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
@@ -167,7 +167,7 @@ void SimulatorHostTest::stoppedHostHoldsUpNoClosing()
     QCOMPARE(::kill(pid, SIGCONT), 0);
     QVERIFY(closing.get());
     QVERIFY(status == std::future_status::ready);
-    QTRY_COMPARE_WITH_TIMEOUT(control.state().openHandles, 0u, patience);
+    QUORVEL_TRY_COMPARE(control.state().openHandles, 0u);
 }
 
 QUORVEL_TEST_MAIN(SimulatorHostTest)

@@ -12,6 +12,7 @@
 #include "support/simulated_interface.h"
 #include "support/stream_capture.h"
 #include "support/test_main.h"
+#include "support/try_compare.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -251,7 +252,7 @@ void TranslatedWidgetsTest::settingsDialog()
     const QString count =
         language == english ? "USB Error Count: 4294967295" : "USB 错误计数：4294967295";
     QVERIFY(texts(dialog).contains(count));
-    QTRY_COMPARE_WITH_TIMEOUT(cutOff(dialog), QString(), patience);
+    QUORVEL_TRY_COMPARE(cutOff(dialog), QString());
 }
 
 void TranslatedWidgetsTest::trayMenu_data()
@@ -308,7 +309,7 @@ void TranslatedWidgetsTest::lostDevice()
         window.checkDevicePid();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(texts(window), QStringList{expected});
-    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
+    QUORVEL_TRY_COMPARE(cutOff(window), QString());
 }
 
 void TranslatedWidgetsTest::untranslatedStatus_data()
@@ -332,7 +333,7 @@ void TranslatedWidgetsTest::untranslatedStatus()
     window.detectDevice();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(texts(window), QStringList{"未知设备，请检查连接！"});
-    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
+    QUORVEL_TRY_COMPARE(cutOff(window), QString());
 
     simulated.control().plug(SimulatorControl::ks);
     simulated.control().fail(0xFFDC20A0, 1, 31);
@@ -340,7 +341,7 @@ void TranslatedWidgetsTest::untranslatedStatus()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(window.findChild<ks*>() != nullptr);
     QVERIFY(texts(window).contains("获取固件版本失败，请检查连接！"));
-    QTRY_COMPARE_WITH_TIMEOUT(cutOff(window), QString(), patience);
+    QUORVEL_TRY_COMPARE(cutOff(window), QString());
 }
 
 void TranslatedWidgetsTest::traditionalChineseReadsSimplified()
