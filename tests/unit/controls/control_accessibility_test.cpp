@@ -42,14 +42,15 @@ public:
 
 void note(QAccessibleEvent* event)
 {
-    const QString name = event->accessibleInterface()->text(QAccessible::Name);
+    // Of other kinds there are some for what is being destroyed and has no interface any more.
+    const auto name = [event] { return event->accessibleInterface()->text(QAccessible::Name); };
     if (event->type() == QAccessible::ValueChanged)
-        told.append(name + " value " +
+        told.append(name() + " value " +
                     static_cast<QAccessibleValueChangeEvent*>(event)->value().toString());
     else if (event->type() == QAccessible::StateChanged)
-        told.append(name + " state");
+        told.append(name() + " state");
     else if (event->type() == QAccessible::NameChanged)
-        told.append(name + " name");
+        told.append(name() + " name");
 }
 
 /// As when a screen reader comes or goes.

@@ -18,7 +18,7 @@ namespace {
 
 QString programFolder;
 bool timeIsUp = false; ///< whoever waits for a program has waited long enough
-int timeLimit = 0;     ///< milliseconds, of the last wait
+QList<int> timeLimits; ///< milliseconds, of each wait
 
 } // namespace
 
@@ -31,7 +31,7 @@ std::wstring systemFolder()
 /// In place of the toolkit's.
 bool QProcess::waitForFinished(int milliseconds)
 {
-    timeLimit = milliseconds;
+    timeLimits.append(milliseconds);
     return !timeIsUp &&
            QTest::qWaitFor([this] { return state() == QProcess::NotRunning; }, patience);
 }
@@ -103,10 +103,12 @@ void DesktopProgramsTest::explorerTakesTooLong()
     programFolder = interpreter.folder();
     TrayIcon tray;
     DebugLog log;
+    timeLimits.clear();
     timeIsUp = true;
     tray.refreshDeviceList();
     timeIsUp = false;
-    QCOMPARE(timeLimit, 5000);
+    // Where the toolkit can be replaced in its own calls too, that of its destructor follows.
+    QCOMPARE(timeLimits.value(0), 5000);
     const QStringList lines = log.take();
     QCOMPARE(lines.value(0), QString("warning: 重启资源管理器超时"));
     QVERIFY(lines.value(1).startsWith("warning: 错误信息: \""));
