@@ -23,7 +23,7 @@ begin()
     name=$1
     rm -rf "$base"/{fakes,cache,temporary,checkout}
     mkdir -p "$base"/{fakes,cache,temporary,checkout}
-    cp -r "$checkout"/{scripts,cmake} "$base/checkout"
+    cp -r "$checkout"/{scripts,cmake,patches} "$base/checkout"
     echo 6.4.2+dfsg-10 >"$base/fakes/qt-version"
     echo 12.2.0-14 >"$base/fakes/compiler-version"
     echo 50000 >"$base/fakes/free-space"
@@ -153,6 +153,33 @@ is_named_after_what_it_is_made_of()
         after=$(path_now)
         check '[[ $after != "$before" ]]'
     done
+    before=$after
+    write_patch
+    check '[[ $(path_now) != "$before" ]]'
+}
+
+# A patch of a line that the fake source package has.
+write_patch()
+{
+    cat >"$base/checkout/patches/qt/plain.patch" <<'PATCH'
+--- a/LICENSES/Plain.txt
++++ b/LICENSES/Plain.txt
+@@ -0,0 +1 @@
++patched
+PATCH
+}
+
+applies_patches()
+{
+    begin 'applies patches'
+    write_patch
+    run
+    check '((status == 0)) && [[ $(cat "$(printed)/share/licences/Plain.txt") == patched ]]'
+    begin 'ends at a patch that does not apply'
+    write_patch
+    sed -i 's/^@@.*/@@ -1 +1 @@\n-other/' "$base/checkout/patches/qt/plain.patch"
+    run
+    check '((status != 0)) && says "cannot unpack" && [[ $(calls "cmake -G") == 0 ]]'
 }
 
 starts_afresh_for_another_version()
@@ -240,6 +267,7 @@ builds_once
 says_what_failed
 resumes_after_an_interruption
 is_named_after_what_it_is_made_of
+applies_patches
 starts_afresh_for_another_version
 does_not_trust_half_a_source
 waits_for_another_build
