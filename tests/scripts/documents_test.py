@@ -38,7 +38,6 @@ RUN_ELSEWHERE = {
 BY_HAND = {
     "./benchmark --keep": "renews what ./benchmark --short compares with",
     "scripts/checks/release": "a day's work, before a release",
-    "scripts/renew": "renews what the tests compare with, after a wanted change",
     "QUORVEL_SIGN=/path/to/sign-it ./package": "needs the publisher's program",
 }
 

@@ -296,8 +296,10 @@ bool EndStates::openKnobEditor()
     if (!first)
         return false;
     knob = *first;
-    return !editorIsOpen() && Desktop::doubleClick(knob) && Desktop::type(QStringLiteral("5")) &&
-           waitUntil([this] { return editorIsOpen(); });
+    return !editorIsOpen() &&
+           Target::actUntil([this] { return Desktop::doubleClick(knob); },
+                            [this] { return editorIsOpen(); }) &&
+           Desktop::type(QStringLiteral("5"));
 }
 
 /// By its background, which the knob has not.

@@ -1,6 +1,7 @@
 #include "support/test_main.h"
 #include "system/desktop/picture_search.h"
 #include "system/desktop/system_test.h"
+#include "system/desktop/target.h"
 #include "system/desktop/wait_until.h"
 
 #include <QDir>
@@ -55,10 +56,12 @@ void SystemKa1::oneNotchReachesDeviceAndFile()
     QVERIFY(simulator().clearTrace());
     QVERIFY(Desktop::wheel(gain, 1));
     QCOMPARE(storedGain(QStringLiteral("1")), QStringLiteral("1"));
-    QVERIFY(Desktop::doubleClick(gain));
-    QVERIFY(Desktop::type(QStringLiteral("21dB")));
-    QVERIFY(Desktop::key(QStringLiteral("Return")));
-    QCOMPARE(storedGain(QStringLiteral("21")), QStringLiteral("21"));
+    QVERIFY(Target::actUntil(
+        [this] {
+            return Desktop::doubleClick(gain) && Desktop::type(QStringLiteral("21dB")) &&
+                   Desktop::key(QStringLiteral("Return"));
+        },
+        [this] { return session().storedValue(iniFile, gainKey) == QLatin1String("21"); }));
     QVERIFY(Desktop::controlClick(gain));
     QCOMPARE(storedGain(QStringLiteral("0")), QStringLiteral("0"));
     QVERIFY(waitForWatch(1));

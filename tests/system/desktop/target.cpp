@@ -1,6 +1,7 @@
 #include "system/desktop/target.h"
 
 #include "system/desktop/tool.h"
+#include "system/desktop/wait_until.h"
 
 #include <QProcess>
 
@@ -12,6 +13,18 @@ bool Target::isWindows()
 int Target::tries()
 {
     return isWindows() ? 3 : 1;
+}
+
+bool Target::actUntil(const std::function<bool()>& act, const std::function<bool()>& shows)
+{
+    const auto patienceWithOne = isWindows() ? std::chrono::seconds(15) : patience;
+    for (int i = 0; i < tries(); ++i) {
+        if (!act())
+            return false;
+        if (waitUntil(shows, patienceWithOne))
+            return true;
+    }
+    return false;
 }
 
 QString Target::program()

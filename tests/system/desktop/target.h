@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 /// What the system tests operate: the native build beside the test program, or the Windows
 /// program when these variables are set.
 ///
@@ -18,6 +20,9 @@ bool isWindows();
 /// How often to try what a user would do once. Under Wine a busy machine takes keys and menus away
 /// unseen, and now and then does not start a program; natively nothing does.
 int tries();
+
+/// Acts until it shows, `tries` times at most; false when it never did or could not act.
+bool actUntil(const std::function<bool()>& act, const std::function<bool()>& shows);
 
 /// The panel's file.
 QString program();

@@ -6,12 +6,6 @@
 
 namespace {
 
-/// For a single one of several tries.
-std::chrono::milliseconds patienceWithOne()
-{
-    return Target::isWindows() ? std::chrono::seconds(15) : patience;
-}
-
 /// Of the picture above the icon. The menu hides more of it, and the icon's tool tip, which comes
 /// and goes as it likes, less.
 constexpr double shareOfMenu = 0.35;
@@ -38,24 +32,16 @@ bool TrayMenu::open()
         return false;
     icon = *area;
     closedPicture = pictureAbove();
-    for (int i = 0; i < Target::tries(); ++i) {
-        if (!Desktop::click(icon.center(), Desktop::MouseButton::Right))
-            return false;
-        if (waitUntilOpen())
-            return true;
-    }
-    return false;
+    return Target::actUntil(
+        [this] { return Desktop::click(icon.center(), Desktop::MouseButton::Right); },
+        [this] { return isOpen(); });
 }
 
-bool TrayMenu::waitUntilOpen() const
+bool TrayMenu::isOpen() const
 {
-    return waitUntil(
-        [this] {
-            const QImage now = pictureAbove();
-            QThread::msleep(150);
-            return shows(now) && now == pictureAbove();
-        },
-        patienceWithOne());
+    const QImage now = pictureAbove();
+    QThread::msleep(150);
+    return shows(now) && now == pictureAbove();
 }
 
 bool TrayMenu::choose(TrayEntry entry)

@@ -34,7 +34,7 @@ private:
     QImage pictureAbove() const;
     /// Whether the menu is in the picture.
     bool shows(const QImage& now) const;
-    bool waitUntilOpen() const;
+    bool isOpen() const;
     bool waitUntilClosed() const;
 
     QRect icon;
