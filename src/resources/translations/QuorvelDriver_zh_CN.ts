@@ -94,7 +94,7 @@
     </message>
     <message>
         <source>DIM</source>
-        <translation>衰减</translation>
+        <translation>DIM</translation>
     </message>
     <message>
         <source>INPUT</source>
@@ -106,7 +106,7 @@
     </message>
     <message>
         <source>Phone To HP Volume</source>
-        <translation>手机到耳机音量</translation>
+        <translation>手机→耳机</translation>
     </message>
     <message>
         <source>HEADPHONE</source>
@@ -149,7 +149,7 @@
     </message>
     <message>
         <source>Phone To SP Volume</source>
-        <translation>手机到扬声器音量</translation>
+        <translation>手机→扬声器</translation>
     </message>
     <message>
         <source>HEADPHONE</source>
@@ -157,7 +157,7 @@
     </message>
     <message>
         <source>Phone To HP Volume</source>
-        <translation>手机到耳机音量</translation>
+        <translation>手机→耳机</translation>
     </message>
     <message>
         <source>Gain</source>
