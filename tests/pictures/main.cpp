@@ -28,6 +28,7 @@ int main(int argc, char** argv)
         session.panel(SimulatorControl::ka1, "ka1");
         session.panel(SimulatorControl::ka2, "ka2");
         session.panel(SimulatorControl::ks, "ks");
+        session.framedWindow();
         session.status();
         session.settingsDialog();
         session.trayMenu();

@@ -4,6 +4,9 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
@@ -60,6 +63,25 @@ void PictureSession::panel(std::uint32_t productId, const char* file)
     // The first reading of the levels comes half a second after the panel.
     QTest::qWait(700);
     save(*window, file);
+}
+
+void PictureSession::framedWindow()
+{
+    openWindow();
+    plug(SimulatorControl::ka2);
+    QTest::qWait(700);
+    // The off-screen platform draws no frames; the toolkit has one for windows within a window.
+    auto* content = new QLabel;
+    content->setPixmap(window->grab());
+    content->setWindowIcon(window->windowIcon());
+    content->setWindowTitle(window->windowTitle().remove(QChar::Null));
+    QMdiArea desktop;
+    QMdiSubWindow* frame =
+        desktop.addSubWindow(content, window->windowFlags() | Qt::WindowTitleHint |
+                                          Qt::WindowSystemMenuHint | Qt::CustomizeWindowHint);
+    desktop.resize(frame->sizeHint() * 2);
+    desktop.show();
+    save(*frame, "window");
 }
 
 void PictureSession::status()

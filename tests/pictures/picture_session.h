@@ -19,6 +19,8 @@ public:
 
     /// A model's panel in the main window, with some of its controls in use.
     void panel(std::uint32_t productId, const char* file);
+    /// The main window with a panel in a frame, which is not that of a real desktop.
+    void framedWindow();
     /// The main window without a panel, and with a panel that has a status line below it.
     void status();
     void settingsDialog();
