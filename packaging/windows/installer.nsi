@@ -10,7 +10,8 @@
 ;   uninstall.exe /S /PURGE      removes the settings too
 ;
 ; A running copy is ended first, and started again after a silent upgrade. Exit code 3: it did not
-; end, or it is another user's; nothing was changed.
+; end, or it is another user's; nothing was changed. Exit code 4: in the folder is an uninstaller
+; that is not known to be this program's; nothing was changed.
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -26,10 +27,14 @@ SetCompressor /SOLID lzma
 !define PROGRAM "QuorvelDriver.exe"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\QuorvelDriver"
+!define POLICIES_KEY "Software\Microsoft\Windows\CurrentVersion\Policies\System"
+!define TOKEN_ELEVATION_TYPE 18
+!define TOKEN_ELEVATION_TYPE_FULL 2
 !define SHORTCUT "$SMPROGRAMS\Quorvel control panel.lnk"
 !define GUIDE_SHORTCUT "$SMPROGRAMS\Quorvel control panel guide.lnk"
 !define SETTINGS_FOLDER "$APPDATA\QuorvelDriver"
 !define STILL_RUNNING 3
+!define FOREIGN_FOLDER 4
 
 Name "$(ProductName)"
 BrandingText "Quorvel ${VERSION}"
@@ -44,10 +49,12 @@ InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
 !define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}\Contrib\Graphics\Wizard\nsis3-grey.bmp"
 !define MUI_WELCOMEPAGE_TEXT "$(WelcomeText)"
 !define MUI_ABORTWARNING
-!define MUI_FINISHPAGE_RUN "$INSTDIR\${PROGRAM}"
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_FUNCTION StartProgram
 
 !insertmacro MUI_PAGE_WELCOME
 !insertmacro MUI_PAGE_COMPONENTS
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE LeaveFolderPage
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
@@ -80,6 +87,7 @@ Var WasRunning
 
 Section "$(ProgramSection)" ProgramSection
     SectionIn RO
+    Call RefuseForeignFolder
     Call EndRunningCopy
     ; What an older version installed goes first, so that none of its files stays behind.
     ${If} ${FileExists} "$INSTDIR\uninstall.exe"
@@ -87,6 +95,8 @@ Section "$(ProgramSection)" ProgramSection
     ${EndIf}
     !insertmacro InstallFiles
     SetOutPath "$INSTDIR"
+    ; Before there is an uninstaller, which counts as this program's only with it.
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteUninstaller "$INSTDIR\uninstall.exe"
     CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}"
     CreateShortcut "${GUIDE_SHORTCUT}" "$INSTDIR\guide\$(GuidePage)"
@@ -104,7 +114,7 @@ Section -Finish
     ; The last page offers to start the program; without pages it is left as it was found.
     ${If} ${Silent}
     ${AndIf} $WasRunning = 1
-        Exec '"$INSTDIR\${PROGRAM}"'
+        Call StartProgram
     ${EndIf}
 SectionEnd
 
@@ -130,12 +140,68 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
+; $0 = 1 when in $INSTDIR is an uninstaller that was not installed there with this program.
+Function IsForeignFolder
+    StrCpy $0 0
+    ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+        ReadRegStr $1 HKCU "${UNINSTALL_KEY}" "InstallLocation"
+        ${If} $1 != $INSTDIR
+        ${OrIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+            StrCpy $0 1
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
+Function LeaveFolderPage
+    Call IsForeignFolder
+    ${If} $0 = 1
+        MessageBox MB_OK|MB_ICONEXCLAMATION "$(ForeignFolder)"
+        Abort
+    ${EndIf}
+FunctionEnd
+
+Function RefuseForeignFolder
+    Call IsForeignFolder
+    ${If} $0 = 1
+        SetErrorLevel ${FOREIGN_FOLDER}
+        Quit
+    ${EndIf}
+FunctionEnd
+
+; $0 = 1 when it runs with more rights than the user's other programs: "as administrator", where
+; Windows tells the two apart.
+Function IsElevated
+    StrCpy $0 0
+    System::Call 'kernel32::GetCurrentProcess() p .r4'
+    System::Call 'advapi32::OpenProcessToken(p r4, i ${TOKEN_QUERY}, *p .r5) i .r6'
+    ${If} $6 <> 0
+        System::Call 'advapi32::GetTokenInformation(p r5, i ${TOKEN_ELEVATION_TYPE}, *i .r7, i 4, *i .r8) i .r6'
+        System::Call 'kernel32::CloseHandle(p r5)'
+        ReadRegDWORD $8 HKLM "${POLICIES_KEY}" "EnableLUA"
+        ${If} $6 <> 0
+        ${AndIf} $7 = ${TOKEN_ELEVATION_TYPE_FULL}
+        ${AndIf} $8 != 0
+            StrCpy $0 1
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
+; With more rights than the others it would refuse the ASIO driver in them, so the Explorer starts
+; it then, as it starts all the others.
+Function StartProgram
+    Call IsElevated
+    ${If} $0 = 1
+        Exec '"$WINDIR\explorer.exe" "$INSTDIR\${PROGRAM}"'
+    ${Else}
+        Exec '"$INSTDIR\${PROGRAM}"'
+    ${EndIf}
+FunctionEnd
+
 Function RegisterProgram
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "$(ProductName)"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "Quorvel"
-    WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
     WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
@@ -162,15 +228,18 @@ Section "un.$(ProgramSection)" UnProgramSection
     ${EndIf}
 SectionEnd
 
+!macro RemoveSettings NAME
+    Delete "${SETTINGS_FOLDER}\${NAME}.ini"
+    ; What a crash in the middle of saving has left, and one of version 2025.10.9.
+    Delete "${SETTINGS_FOLDER}\${NAME}.ini.saving"
+    Delete "${SETTINGS_FOLDER}\${NAME}.ini.lock"
+!macroend
+
 Section /o "un.$(SettingsSection)" UnSettingsSection
-    Delete "${SETTINGS_FOLDER}\ka1.ini"
-    Delete "${SETTINGS_FOLDER}\ka2.ini"
-    Delete "${SETTINGS_FOLDER}\ks.ini"
-    Delete "${SETTINGS_FOLDER}\setting.ini"
-    ; What a crash in the middle of saving has left.
-    Delete "${SETTINGS_FOLDER}\*.ini.saving"
-    ; And one of version 2025.10.9.
-    Delete "${SETTINGS_FOLDER}\*.ini.lock"
+    !insertmacro RemoveSettings "ka1"
+    !insertmacro RemoveSettings "ka2"
+    !insertmacro RemoveSettings "ks"
+    !insertmacro RemoveSettings "setting"
     RMDir "${SETTINGS_FOLDER}"
 SectionEnd
 

@@ -29,5 +29,8 @@ LangString ProgramRuns ${LANG_SIMPCHINESE} "Quorvel 控制面板正在运行，�
 LangString ProgramStillRuns ${LANG_ENGLISH} "The Quorvel control panel is still running.$\r$\n$\r$\nChoose $\"Quit$\" in the menu of its icon in the notification area, then try again."
 LangString ProgramStillRuns ${LANG_SIMPCHINESE} "Quorvel 控制面板仍在运行。$\r$\n$\r$\n请在通知区域图标的菜单中选择“退出”，然后重试。"
 
+LangString ForeignFolder ${LANG_ENGLISH} "In this folder is an uninstall.exe that did not come with the control panel installed for you.$\r$\n$\r$\nChoose another folder, or remove that file."
+LangString ForeignFolder ${LANG_SIMPCHINESE} "此文件夹中的 uninstall.exe 不属于为您安装的控制面板。$\r$\n$\r$\n请选择其他文件夹，或删除该文件。"
+
 LangString NeedsWindows10 ${LANG_ENGLISH} "The Quorvel control panel needs Windows 10 or later."
 LangString NeedsWindows10 ${LANG_SIMPCHINESE} "Quorvel 控制面板需要 Windows 10 或更高版本。"
