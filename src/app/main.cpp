@@ -1,6 +1,7 @@
 #include "app/single_instance.h"
 #include "app/top_level.h"
 #include "app/translation.h"
+#include "platform/own_plugins.h"
 #include "platform/session_end.h"
 #include "storage/settings_file.h"
 
@@ -8,9 +9,20 @@
 #include <QLocale>
 #include <QTranslator>
 
+namespace {
+
+/// Here the toolkit decides where it looks for plug-ins.
+QApplication startToolkit(int& argc, char** argv)
+{
+    const OwnPlugins ownPlugins;
+    return QApplication(argc, argv);
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
+    const QApplication application = startToolkit(argc, argv);
     const SessionEnd sessionEnd(SettingsFile::saveAll);
     SingleInstance instance;
     QTranslator translator;

@@ -1,0 +1,4 @@
+#include "platform/own_plugins.h"
+
+OwnPlugins::OwnPlugins() = default;
+OwnPlugins::~OwnPlugins() = default;
