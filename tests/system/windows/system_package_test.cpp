@@ -5,11 +5,14 @@
 #include "system/desktop/tool.h"
 #include "system/desktop/tray_menu.h"
 #include "system/desktop/wait_until.h"
+#include "system/windows/installation.h"
 
 #include <QDir>
 #include <QtEndian>
 
 #include <algorithm>
+
+using Installation::installed;
 
 namespace {
 
@@ -36,18 +39,12 @@ private slots:
 
 private:
     std::unique_ptr<ChildProgram> startPeer(const QStringList& words);
-    bool runInstaller(const QString& file, const QStringList& options);
-    bool install() { return runInstaller(setupFile(), {QStringLiteral("/S")}); }
-    bool uninstall(const QStringList& more = {});
-    static QString setupFile() { return qEnvironmentVariable("QUORVEL_SETUP"); }
-    static QString userFolder() { return QDir::cleanPath(Target::settingsFolder() + "/../../.."); }
-    static QString installed(const QString& name)
-    {
-        return userFolder() + "/AppData/Local/Programs/QuorvelDriver/" + name;
-    }
+    bool install() { return Installation::run(folder(), Installation::setupFile()) == 0; }
+    bool uninstall(const QStringList& options = {});
     static QStringList shortcuts()
     {
-        const QDir menu(userFolder() + "/AppData/Roaming/Microsoft/Windows/Start Menu/Programs");
+        const QDir menu(QDir::cleanPath(Target::settingsFolder() +
+                                        "/../Microsoft/Windows/Start Menu/Programs"));
         return menu.entryList({QStringLiteral("Quorvel*")}, QDir::Files, QDir::Name);
     }
 };
@@ -59,19 +56,10 @@ std::unique_ptr<ChildProgram> SystemPackage::startPeer(const QStringList& words)
                                           folder().path(QStringLiteral("peer")));
 }
 
-bool SystemPackage::runInstaller(const QString& file, const QStringList& options)
+bool SystemPackage::uninstall(const QStringList& options)
 {
-    ChildProgram installer(Target::command(file) + options, folder().environment(),
-                           folder().path(QStringLiteral("installer")));
-    return installer.waitForExit().value_or(-1) == 0;
-}
-
-bool SystemPackage::uninstall(const QStringList& more)
-{
-    // The uninstaller goes on as a copy of itself and ends at once.
-    return runInstaller(installed(QStringLiteral("uninstall.exe")),
-                        QStringList{QStringLiteral("/S")} + more) &&
-           waitUntil([] { return !QFile::exists(installed({})); });
+    return Installation::run(folder(), installed(QStringLiteral("uninstall.exe")), options) == 0 &&
+           waitUntil([] { return !QFile::exists(installed()); });
 }
 
 void SystemPackage::folderHasNothingUnknown()
@@ -84,7 +72,8 @@ void SystemPackage::folderHasNothingUnknown()
                                  QStringLiteral("QuorvelDriver_en_US.qm"),
                                  QStringLiteral("QuorvelDriver_zh_CN.qm"), QStringLiteral("guide"),
                                  QStringLiteral("imageformats"), QStringLiteral("licences"),
-                                 QStringLiteral("platforms"), QStringLiteral("styles")}));
+                                 QStringLiteral("platforms"), QStringLiteral("qt.conf"),
+                                 QStringLiteral("styles")}));
 }
 
 void SystemPackage::programOpensNoConsole()
@@ -154,8 +143,22 @@ void SystemPackage::installsAndUninstallsSilently()
     QVERIFY(waitUntil([&] { return shortcuts().isEmpty(); }));
     QVERIFY(QFile::exists(settings));
 
-    // As a crash leaves it.
-    QVERIFY(QFile(folder().settingsFile(QStringLiteral("ks.ini.saving"))).open(QFile::WriteOnly));
+    QVERIFY(install());
+    const QStringList others{QStringLiteral("ka1.ini.backup"), QStringLiteral("ka1.ini.set-aside"),
+                             QStringLiteral("notes.ini.saving")};
+    QStringList files = others;
+    // As a crash leaves them.
+    for (const char* name : {"ka1", "ka2", "ks", "setting"})
+        files << QString::fromLatin1(name) + QStringLiteral(".ini")
+              << QString::fromLatin1(name) + QStringLiteral(".ini.saving");
+    for (const QString& name : files)
+        QVERIFY(QFile(folder().settingsFile(name)).open(QFile::WriteOnly));
+    QVERIFY(uninstall({QStringLiteral("/PURGE")}));
+    QCOMPARE(awaited(others, [] { return QDir(Target::settingsFolder()).entryList(QDir::Files); }),
+             others);
+
+    QVERIFY(QDir(Target::settingsFolder()).removeRecursively());
+    QVERIFY(QDir().mkpath(Target::settingsFolder()));
     QVERIFY(install());
     QVERIFY(uninstall({QStringLiteral("/PURGE")}));
     QVERIFY(waitUntil([] { return !QFile::exists(Target::settingsFolder()); }));

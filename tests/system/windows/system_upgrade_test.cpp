@@ -3,30 +3,44 @@
 #include "system/desktop/tool.h"
 #include "system/desktop/wait_until.h"
 #include "system/end_states.h"
+#include "system/windows/installation.h"
 
 #include <QDir>
+#include <QScopeGuard>
 
-using namespace std::chrono_literals;
+using Installation::installed;
 
 namespace {
 
-constexpr int stillRunning = 3; // exit code of the installer
+// Exit codes of the installer.
+constexpr int stillRunning = 3;
+constexpr int anothersFolder = 4;
 
-QString installFolder()
+const QStringList otherFolder{QStringLiteral(R"(/D=C:\other)")};
+const QString uninstallKey =
+    QStringLiteral(R"(HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\QuorvelDriver)");
+
+QString driveC(const QString& path)
 {
-    return QDir::cleanPath(Target::settingsFolder() +
-                           QStringLiteral("/../../../AppData/Local/Programs/QuorvelDriver"));
+    return qEnvironmentVariable("WINEPREFIX") + QStringLiteral("/drive_c/") + path;
 }
 
-QString installed(const QString& name)
+/// A program that leaves a mark when it is started.
+bool plant(const QString& file)
 {
-    return installFolder() + QLatin1Char('/') + name;
+    QFile::remove(file);
+    return QFile::copy(qEnvironmentVariable("QUORVEL_TOOLS") +
+                           QStringLiteral("/quorvel-planted-program.exe"),
+                       file);
 }
 
-QString onWindows(const QString& path)
+QString markOf(const QString& planted)
 {
-    return QStringLiteral("Z:") +
-           QDir(path).absolutePath().replace(QLatin1Char('/'), QLatin1Char('\\'));
+    QFile file(planted + QStringLiteral(".ran"));
+    if (!file.open(QFile::ReadOnly))
+        return {};
+    const QByteArray line = file.readAll();
+    return QString::fromUtf16(reinterpret_cast<const char16_t*>(line.constData()), line.size() / 2);
 }
 
 } // namespace
@@ -48,13 +62,18 @@ private slots:
     void removalEndsIt();
     void copyElsewhereRunsOn();
     void busyFileChangesNothing();
+    void elevatedItLeavesTheStartToTheExplorer();
+    void anothersFolderIsRefused_data();
+    void anothersFolderIsRefused();
     void sessionThatGoesOnEndsNothing();
     void visibleWindowsLeadToTheEnd();
     void sessionEnds();
 
 private:
-    int runInstaller(const QString& file);
-    int install() { return runInstaller(qEnvironmentVariable("QUORVEL_SETUP")); }
+    int runInstaller(const QString& file) { return Installation::run(folder(), file); }
+    int install() { return runInstaller(Installation::setupFile()); }
+    /// Tells Windows whether an administrator's programs run with fewer rights unless asked.
+    bool setUserAccountControl(bool on);
     bool installForUse();
     /// Another program with a window; null when it did not start.
     std::unique_ptr<ChildProgram> startBystander();
@@ -68,11 +87,19 @@ void SystemUpgrade::cleanup()
     endSession(QStringLiteral("end"));
 }
 
-int SystemUpgrade::runInstaller(const QString& file)
+bool SystemUpgrade::setUserAccountControl(bool on)
 {
-    ChildProgram installer(Target::command(file) << QStringLiteral("/S"), folder().environment(),
-                           folder().path(QStringLiteral("installer")));
-    return installer.waitForExit(60s).value_or(-1);
+    const QStringList words{
+        QStringLiteral("add"),
+        QStringLiteral(R"(HKLM\Software\Microsoft\Windows\CurrentVersion\Policies\System)"),
+        QStringLiteral("/v"),
+        QStringLiteral("EnableLUA"),
+        QStringLiteral("/t"),
+        QStringLiteral("REG_DWORD"),
+        QStringLiteral("/d"),
+        on ? QStringLiteral("1") : QStringLiteral("0"),
+        QStringLiteral("/f")};
+    return Installation::runCommand(folder(), Target::command(QStringLiteral("reg")) + words) == 0;
 }
 
 bool SystemUpgrade::installForUse()
@@ -149,12 +176,12 @@ void SystemUpgrade::busyFileChangesNothing()
     QVERIFY(arrive(QStringLiteral("ka1")).has_value());
     const QString file = installed(QStringLiteral("QuorvelDriver.exe"));
     const ChildProgram holder(Target::tool(QStringLiteral("quorvel-end-session"))
-                                  << QStringLiteral("hold") << onWindows(file)
+                                  << QStringLiteral("hold") << Installation::onWindows(file)
                                   << QStringLiteral("120"),
                               folder().environment(), folder().path(QStringLiteral("holder")));
     QVERIFY(waitUntil([&] { return holder.outputLines().contains(QStringLiteral("holding")); }));
     const QDateTime written = QFileInfo(installed(QStringLiteral("uninstall.exe"))).lastModified();
-    const auto count = QDir(installFolder()).count();
+    const auto count = QDir(installed()).count();
 
     QCOMPARE(install(), stillRunning);
     QVERIFY(panel().isRunning());
@@ -162,7 +189,64 @@ void SystemUpgrade::busyFileChangesNothing()
     QVERIFY(bystander->isRunning());
     QVERIFY(Desktop::waitForWindow(QStringLiteral("Notepad")).has_value());
     QCOMPARE(QFileInfo(installed(QStringLiteral("uninstall.exe"))).lastModified(), written);
-    QCOMPARE(QDir(installFolder()).count(), count);
+    QCOMPARE(QDir(installed()).count(), count);
+}
+
+void SystemUpgrade::elevatedItLeavesTheStartToTheExplorer()
+{
+    QVERIFY(installForUse());
+    QVERIFY(arrive(QStringLiteral("ka1")).has_value());
+    const QString explorer = driveC(QStringLiteral("windows/explorer.exe"));
+    QVERIFY(QFile::rename(explorer, explorer + QStringLiteral(".kept")));
+    const auto restore = qScopeGuard([&] {
+        QFile::remove(explorer);
+        QFile::rename(explorer + QStringLiteral(".kept"), explorer);
+        setUserAccountControl(false);
+    });
+    QVERIFY(plant(explorer));
+    QVERIFY(setUserAccountControl(true));
+
+    QCOMPARE(
+        Installation::runCommand(folder(), Target::tool(QStringLiteral("quorvel-elevated"))
+                                               << Installation::onWindows(Installation::setupFile())
+                                               << QStringLiteral("/S")),
+        0);
+    QCOMPARE(flawOfTheEnd(), QString());
+    QVERIFY(waitUntil([&] { return !markOf(explorer).isEmpty(); }));
+    QVERIFY(markOf(explorer).endsWith(QStringLiteral("\\QuorvelDriver\\QuorvelDriver.exe\"")));
+    QCOMPARE(leftBehind(), QString());
+}
+
+void SystemUpgrade::anothersFolderIsRefused_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("registered");
+    const QString uninstaller = QStringLiteral("uninstall.exe");
+    const QStringList usual;
+    QTest::newRow("of another program") << QStringList{uninstaller} << usual;
+    QTest::newRow("of a copy that is not the registered one")
+        << QStringList{QStringLiteral("QuorvelDriver.exe"), uninstaller} << usual;
+    QTest::newRow("in the place of the registered copy") << QStringList{uninstaller} << otherFolder;
+}
+
+void SystemUpgrade::anothersFolderIsRefused()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, registered);
+    QDir other(driveC(QStringLiteral("other")));
+    const auto restore = qScopeGuard([&] {
+        QDir(installed()).removeRecursively();
+        other.removeRecursively();
+        Installation::runCommand(folder(), Target::command(QStringLiteral("reg"))
+                                               << QStringLiteral("delete") << uninstallKey
+                                               << QStringLiteral("/f"));
+    });
+    QCOMPARE(Installation::run(folder(), Installation::setupFile(), registered), 0);
+    QVERIFY(other.removeRecursively() && other.mkpath(QStringLiteral(".")));
+    for (const QString& file : files)
+        QVERIFY(plant(other.filePath(file)));
+    QCOMPARE(Installation::run(folder(), Installation::setupFile(), otherFolder), anothersFolder);
+    QCOMPARE(other.entryList(QDir::Files), files);
 }
 
 void SystemUpgrade::sessionThatGoesOnEndsNothing()
