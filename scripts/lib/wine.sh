@@ -8,6 +8,8 @@ use_wine()
     # Neither Mono nor Gecko is needed; without this Wine would offer to fetch them. The menu
     # builder would write entries into the user's own desktop.
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+    # Debian 13's Wine crashes where this is set. All find their server in /tmp then.
+    unset TMPDIR
 }
 
 # wine_recipe: all that decides what a private Windows is like.
@@ -86,6 +88,10 @@ stop_wine()
 {
     wineserver --kill 2>/dev/null || true
     wineserver --wait 2>/dev/null || true
+    # It leaves a folder behind, named after the prefix's device and number.
+    local device number
+    read -r device number < <(stat --format='%D %i' -- "$WINEPREFIX")
+    rm -rf -- "/tmp/.wine-$UID/server-$device-$(printf '%x' "$number")"
 }
 
 # load_driver FILE NAME: starts FILE as the kernel-mode driver NAME; a driver of that name that
