@@ -7,6 +7,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -152,8 +153,10 @@ void PanelControls::bind(const OutputWidgets& widgets, const Output& output)
 
 void PanelControls::restoreLast(const Knob* knob)
 {
-    std::stable_partition(restorers.begin(), restorers.end(),
-                          [knob](const Restorer& restorer) { return restorer.control != knob; });
+    const auto its =
+        std::find_if(restorers.begin(), restorers.end(),
+                     [knob](const Restorer& restorer) { return restorer.control == knob; });
+    std::rotate(its, std::next(its), restorers.end());
 }
 
 void PanelControls::restore()
